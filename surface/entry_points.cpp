@@ -1,0 +1,1 @@
+// C entry points (filled in as the subsystems land).
