@@ -1,0 +1,112 @@
+// Checks the ordinal table against the public header, the module-definition
+// file, the linker's export list and the built shared library.
+#include "surface/ordinal_table.h"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "titlerender.h"
+
+namespace {
+
+std::string ReadSourceFile(const std::string& relative) {
+    const char* root = std::getenv("TR_TEST_SOURCE_DIR");
+    std::ifstream in(std::string(root ? root : ".") + "/" + relative);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+std::set<std::string> HeaderEntryPoints() {
+    const std::string header = ReadSourceFile("include/titlerender.h");
+    std::set<std::string> names;
+    const std::regex declaration(R"(TR_API[^;(]*?\b(\w+)\s*\()");
+    for (std::sregex_iterator it(header.begin(), header.end(), declaration), end; it != end; ++it) {
+        names.insert((*it)[1]);
+    }
+    return names;
+}
+
+TEST(OrdinalTable, MatchesHeaderAndIsSorted) {
+    std::set<std::string> header = HeaderEntryPoints();
+    ASSERT_EQ(header.erase("titlerender_entry_point"), 1u);
+    std::set<std::string> table;
+    uint32_t previous = 0;
+    for (const tr::OrdinalEntry& entry : tr::GetOrdinalTable()) {
+        EXPECT_GT(entry.ordinal, previous);
+        previous = entry.ordinal;
+        EXPECT_NE(entry.function, nullptr) << entry.name;
+        EXPECT_TRUE(table.insert(entry.name).second) << entry.name;
+        EXPECT_EQ(titlerender_entry_point(entry.ordinal), entry.function) << entry.ordinal;
+    }
+    EXPECT_EQ(table, header);
+    EXPECT_EQ(tr::GetOrdinalTable().size(), 60u);
+    for (uint32_t unassigned : {0u, 13u, 22u, 89u, 92u, 102u, 113u, 132u, 134u, 149u, 152u, 222u,
+                                254u, 301u, 0xFFFFFFFFu}) {
+        EXPECT_EQ(titlerender_entry_point(unassigned), nullptr) << unassigned;
+    }
+    EXPECT_EQ(titlerender_entry_point(1), reinterpret_cast<const void*>(&CreateSurface));
+    EXPECT_EQ(titlerender_entry_point(12),
+              reinterpret_cast<const void*>(&FlushRazterizerRecyclerMemory));
+    EXPECT_EQ(titlerender_entry_point(300), reinterpret_cast<const void*>(&CreateScaleAlpha));
+}
+
+TEST(OrdinalTable, ModuleDefinitionListsEveryOrdinal) {
+    const std::string def = ReadSourceFile("titlerender.def");
+    std::map<std::string, std::string> listed;  // name -> "@n" plus NONAME
+    const std::regex line(R"(^\s+(\w+)\s+@(\d+)(\s+NONAME)?\s*$)");
+    std::istringstream in(def);
+    for (std::string text; std::getline(in, text);) {
+        std::smatch m;
+        if (std::regex_match(text, m, line)) listed[m[1]] = m[2].str() + (m[3].matched ? "N" : "");
+    }
+    ASSERT_EQ(listed.size(), tr::GetOrdinalTable().size());
+    for (const tr::OrdinalEntry& entry : tr::GetOrdinalTable()) {
+        // Ordinal 12 is exported by name as well; all others by number only.
+        const std::string expected = std::to_string(entry.ordinal) + (entry.ordinal == 12 ? "" : "N");
+        EXPECT_EQ(listed[entry.name], expected) << entry.name;
+    }
+}
+
+TEST(OrdinalTable, SharedLibraryExportsExactlyTheEntryPoints) {
+    const char* build = std::getenv("TR_TEST_BINARY_DIR");
+    ASSERT_NE(build, nullptr);
+    const std::string library = std::string(build) + "/libtitlerender.so";
+    void* handle = dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(handle, nullptr) << dlerror();
+    using Lookup = const void* (*)(uint32_t);
+    auto lookup = reinterpret_cast<Lookup>(dlsym(handle, "titlerender_entry_point"));
+    ASSERT_NE(lookup, nullptr);
+    for (const tr::OrdinalEntry& entry : tr::GetOrdinalTable()) {
+        void* symbol = dlsym(handle, entry.name);
+        EXPECT_NE(symbol, nullptr) << entry.name;
+        EXPECT_EQ(lookup(entry.ordinal), symbol) << entry.name;
+    }
+    dlclose(handle);
+
+    const std::string command = "nm -D --defined-only " + library + " 2>/dev/null";
+    FILE* pipe = popen(command.c_str(), "r");
+    ASSERT_NE(pipe, nullptr);
+    std::set<std::string> exported;
+    char buffer[512];
+    while (std::fgets(buffer, sizeof buffer, pipe)) {
+        std::istringstream fields(buffer);
+        std::string address, type, name;
+        if (fields >> address >> type >> name) exported.insert(name);
+    }
+    pclose(pipe);
+    std::set<std::string> expected = HeaderEntryPoints();
+    exported.erase("TITLERENDER");  // version node of the export map, if any
+    EXPECT_EQ(exported, expected);
+}
+
+}  // namespace
