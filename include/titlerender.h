@@ -304,9 +304,9 @@ TR_API void SetClassicPainter(Surface* surface, int32_t slot, const ClassicRecor
                               const TextureRecord* texture, const TextureStyle* style);
 
 /* Ordinals 17 and 18. Ramp and bevel painters. callback, style and
- * userValue may be null (a null style reads as all zero). A null record does
- * nothing beyond recording. SetBevel also adds an outer outline fragment as
- * wide as the bevel. */
+ * userValue may be null (a null style reads as all zero); a null record does
+ * nothing and is not recorded. SetBevel also adds an outer outline fragment
+ * as wide as the bevel (1.42 times that with wide outlines). */
 TR_API void SetRamp(Surface* surface, int32_t slot, const RampRecord* ramp, TextureCallback callback,
                     const TextureStyle* style, const ImageReference* userValue);
 TR_API void SetBevel(Surface* surface, int32_t slot, const BevelRecord* bevel,
