@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <map>
-#include <regex>
+#include <cctype>
 #include <set>
 #include <sstream>
 #include <string>
@@ -38,11 +38,18 @@ std::string ReadSourceFile(const std::string& relative) {
 std::set<std::string> HeaderEntryPoints() {
     const std::string header = ReadSourceFile("include/titlerender.h");
     std::set<std::string> names;
-    const std::regex declaration(R"(^TR_API[^;(]*?\b(\w+)\s*\()");
+    // A declaration line starts with TR_API; the name ends at the '('.
     std::istringstream lines(header);
     for (std::string line; std::getline(lines, line);) {
-        std::smatch m;
-        if (std::regex_search(line, m, declaration)) names.insert(m[1]);
+        if (line.rfind("TR_API ", 0) != 0) continue;
+        const std::size_t open = line.find('(');
+        if (open == std::string::npos) continue;
+        std::size_t begin = open;
+        while (begin > 0 && (std::isalnum(static_cast<unsigned char>(line[begin - 1])) ||
+                             line[begin - 1] == '_')) {
+            --begin;
+        }
+        names.insert(line.substr(begin, open - begin));
     }
     return names;
 }
@@ -75,11 +82,14 @@ TEST(OrdinalTable, MatchesHeaderAndIsSorted) {
 TEST(OrdinalTable, ModuleDefinitionListsEveryOrdinal) {
     const std::string def = ReadSourceFile("titlerender.def");
     std::map<std::string, std::string> listed;  // name -> "@n" plus NONAME
-    const std::regex line(R"(^\s+(\w+)\s+@(\d+)(\s+NONAME)?\s*$)");
+    // Export lines read "    Name @ordinal [NONAME]".
     std::istringstream in(def);
     for (std::string text; std::getline(in, text);) {
-        std::smatch m;
-        if (std::regex_match(text, m, line)) listed[m[1]] = m[2].str() + (m[3].matched ? "N" : "");
+        std::istringstream fields(text);
+        std::string name, ordinal, flag;
+        if (!(fields >> name >> ordinal) || ordinal.empty() || ordinal[0] != '@') continue;
+        fields >> flag;
+        listed[name] = ordinal.substr(1) + (flag == "NONAME" ? "N" : "");
     }
     ASSERT_EQ(listed.size(), tr::GetOrdinalTable().size());
     for (const tr::OrdinalEntry& entry : tr::GetOrdinalTable()) {
