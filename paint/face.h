@@ -27,6 +27,12 @@ public:
     CFace(const CFace&) = delete;
     CFace& operator=(const CFace&) = delete;
 
+    // Computes the image box from the box, margins and face values: slants,
+    // scales, shears and rotation widen the box, the margin count adds
+    // 8 sub-samples per margin, and the sizes are rounded up to whole
+    // pixels. Runs only while the face is dirty, and clears the flag.
+    void Measure();
+
     CPainter* GetPainter() const { return painter; }
     // Gives up ownership of the painter (a plan takes it over, or the
     // surface destroys it); the face no longer reaches it.
@@ -36,7 +42,11 @@ public:
         return p;
     }
 
+    static constexpr int32_t kSubPerPixel = 4;
+    static constexpr int32_t kSubPerMargin = 8;
+
     uint8_t dirty = 1;
+    uint8_t hasOutline = 0;  // set up with a non-empty outline
     CPainter* painter = nullptr;  // owned
     CXyR* compositor = nullptr;   // borrowed: the context's fragment compositor
     double size = 0.0;
