@@ -8,6 +8,8 @@
 #include <thread>
 #include <vector>
 
+#include "memory/coverage_recycler.h"
+#include "memory/pool_registry.h"
 #include "paint/face.h"
 #include "paint/painter.h"
 #include "paint/soft_shadow.h"
@@ -247,6 +249,20 @@ TEST(Surface, BevelAddsOuterOutlineFragment) {
     NewCharacterCallBack(s.get(), 0, 0, 0, nullptr, 'C');
     SetBevel(s.get(), 3, &bevel, nullptr, nullptr, nullptr);
     EXPECT_EQ(s->character->fragments.size(), 0u);
+}
+
+TEST(Surface, PoolAndRecyclerEntryPoints) {
+    SetPoolBudgets(0, -5, 3);
+    EXPECT_EQ(tr::GetPoolBudget(tr::PoolKind::Shape), 1048576u);
+    EXPECT_EQ(tr::GetPoolBudget(tr::PoolKind::Shadow), 1048576u);
+    EXPECT_EQ(tr::GetPoolBudget(tr::PoolKind::Painter), 3u * 1048576u);
+    InvalidatePooledCharacters(1, 2);  // nothing pooled: nothing changes
+    // A released buffer is kept by the recycler until the flush frees it.
+    void* buffer = tr::AllocateBuffer(200000);
+    ASSERT_NE(buffer, nullptr);
+    tr::RecycleBuffer(buffer);
+    EXPECT_GE(FlushRazterizerRecyclerMemory(), tr::RecyclerSizeClass(200000));
+    EXPECT_EQ(FlushRazterizerRecyclerMemory(), 0u);
 }
 
 TEST(Surface, ManySurfacesFromSeveralThreads) {
