@@ -16,6 +16,7 @@
 // a-time definition; both give identical maps.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "raster/triangle_walk.h"
@@ -23,7 +24,7 @@
 namespace tr {
 
 // Nibble map pre-shifted into each of the four nibble positions.
-using NibbleTables = uint16_t[4][16];
+using NibbleTables = std::array<std::array<uint16_t, 16>, 4>;
 
 struct CoverageTarget {
     uint16_t* words;
