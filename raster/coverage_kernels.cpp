@@ -1,0 +1,149 @@
+// raster/coverage_kernels.cpp — span writers and the per-triangle coverage
+// kernels built from them (see coverage_kernels.h for the layout).
+#include "raster/coverage_kernels.h"
+
+#include <cassert>
+#include <cstddef>
+
+#include "raster/triangle_clip.h"
+
+namespace tr {
+namespace {
+
+constexpr uint16_t kWordPatternUnit = 0x1111;  // one in every nibble
+constexpr int32_t kWordsPerTile = kSubPerPx;   // words between tiles of a row
+
+// Mask of nibbles [first, end) of a tile word, 0 <= first < end <= 4.
+constexpr uint16_t NibbleRangeMask(int32_t first, int32_t end) {
+    return static_cast<uint16_t>((0xFFFFu >> (first * kNibbleBits)) &
+                                 ~(0xFFFFu >> (end * kNibbleBits)));
+}
+
+inline uint16_t* WordOf(uint16_t* rowBase, int32_t x) {
+    return rowBase + static_cast<ptrdiff_t>(x >> kSubShift) * kWordsPerTile;
+}
+
+inline uint16_t* RowBase(const CoverageTarget& t, int32_t row) {
+    return t.words + static_cast<ptrdiff_t>(row >> kSubShift) * t.width + (row & kSubMask);
+}
+
+template <uint32_t K>
+void FillSpanConstantT(uint16_t* rowBase, int32_t x0, int32_t x1) {
+    constexpr uint16_t pattern = static_cast<uint16_t>(K * kWordPatternUnit);
+    uint16_t* w = WordOf(rowBase, x0);
+    int32_t x = x0;
+    if ((x & kSubMask) != 0) {  // partial head tile
+        const int32_t end = std::min<int32_t>(x1 - (x & ~kSubMask), kSubPerPx);
+        const uint16_t m = NibbleRangeMask(x & kSubMask, end);
+        *w = static_cast<uint16_t>((*w & ~m) | (pattern & m));
+        x = (x & ~kSubMask) + kSubPerPx;
+        w += kWordsPerTile;
+    }
+    // Whole tiles: one store each, the map is not read.
+    for (; x1 - x >= kSubPerPx; x += kSubPerPx, w += kWordsPerTile) *w = pattern;
+    if (x < x1) {  // partial tail tile
+        const uint16_t m = NibbleRangeMask(0, x1 - x);
+        *w = static_cast<uint16_t>((*w & ~m) | (pattern & m));
+    }
+}
+
+// The definition, step by step: a whole word while more than four
+// sub-samples remain at an aligned x, otherwise one nibble.
+template <uint32_t K>
+void FillSpanConstantPlainT(uint16_t* rowBase, int32_t x0, int32_t x1) {
+    constexpr uint16_t pattern = static_cast<uint16_t>(K * kWordPatternUnit);
+    for (int32_t x = x0; x < x1;) {
+        uint16_t* w = WordOf(rowBase, x);
+        if ((x & kSubMask) == 0 && x1 - x > kSubPerPx) {
+            *w = pattern;
+            x += kSubPerPx;
+            continue;
+        }
+        const int shift = NibbleShift(x & kSubMask);
+        const uint16_t clear = static_cast<uint16_t>(~(kNibbleMask << shift));
+        *w = static_cast<uint16_t>((*w & clear) | (K << shift));
+        ++x;
+    }
+}
+
+template <class SpanOp>
+void FillTriangle(const CoverageTarget& t, const ScreenTriangle& tri, SpanOp op) {
+    const WalkWindow window{0, t.height, t.width};
+    auto onSetup = [&](const TriangleSetup&, const ScreenTriangle&) {
+        return [&](int32_t row, int32_t x0, int32_t x1) { op(RowBase(t, row), x0, x1); };
+    };
+    RasterizeTriangle(tri, window, onSetup);
+}
+
+template <uint32_t K>
+void ConstantKernelT(const CoverageTarget& t, const ScreenTriangle& tri) {
+    FillTriangle(t, tri, FillSpanConstantT<K>);
+}
+
+template <uint32_t K>
+void ConstantKernelPlainT(const CoverageTarget& t, const ScreenTriangle& tri) {
+    FillTriangle(t, tri, FillSpanConstantPlainT<K>);
+}
+
+void GeneralKernel(const CoverageTarget& t, const ScreenTriangle& tri) {
+    assert(t.tables != nullptr && "the rasterizer always binds its nibble tables");
+    const NibbleTables& tables = *t.tables;
+    FillTriangle(t, tri, [&tables](uint16_t* base, int32_t x0, int32_t x1) {
+        FillSpanGeneral(base, x0, x1, tables);
+    });
+}
+
+template <uint32_t... K>
+struct KernelTables {
+    static constexpr CoverageKernel kFast[] = {ConstantKernelT<K>...};
+    static constexpr CoverageKernel kPlain[] = {ConstantKernelPlainT<K>...};
+    static constexpr void (*kSpan[])(uint16_t*, int32_t, int32_t) = {FillSpanConstantT<K>...};
+    static constexpr void (*kSpanPlain[])(uint16_t*, int32_t, int32_t) = {
+        FillSpanConstantPlainT<K>...};
+};
+using AllKernels = KernelTables<0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15>;
+
+}  // namespace
+
+void FillSpanGeneral(uint16_t* rowBase, int32_t x0, int32_t x1, const NibbleTables& tables) {
+    for (int32_t x = x0; x < x1; ++x) {
+        uint16_t* w = WordOf(rowBase, x);
+        const int pos = x & kSubMask;
+        const int shift = NibbleShift(pos);
+        const uint16_t old = static_cast<uint16_t>((*w >> shift) & kNibbleMask);
+        const uint16_t clear = static_cast<uint16_t>(~(kNibbleMask << shift));
+        *w = static_cast<uint16_t>((*w & clear) | tables[pos][old]);
+    }
+}
+
+void FillSpanConstant(uint16_t* rowBase, int32_t x0, int32_t x1, uint32_t k) {
+    assert(k <= kNibbleMask);
+    AllKernels::kSpan[k](rowBase, x0, x1);
+}
+
+void FillSpanConstantPlain(uint16_t* rowBase, int32_t x0, int32_t x1, uint32_t k) {
+    assert(k <= kNibbleMask);
+    AllKernels::kSpanPlain[k](rowBase, x0, x1);
+}
+
+CoverageKernel ConstantCoverageKernel(uint32_t k) {
+    assert(k <= kNibbleMask);
+    return AllKernels::kFast[k & kNibbleMask];
+}
+
+CoverageKernel ConstantCoverageKernelPlain(uint32_t k) {
+    assert(k <= kNibbleMask);
+    return AllKernels::kPlain[k & kNibbleMask];
+}
+
+CoverageKernel GeneralCoverageKernel() { return GeneralKernel; }
+
+void BuildNibbleTables(const uint8_t* map, NibbleTables& tables) {
+    for (int pos = 0; pos < kSubPerPx; ++pos) {
+        for (int v = 0; v < 16; ++v) {
+            tables[pos][v] = static_cast<uint16_t>((map[v] & kNibbleMask) << NibbleShift(pos));
+        }
+    }
+}
+
+}  // namespace tr

@@ -1,0 +1,185 @@
+// raster/rasterizer.cpp — life cycle of CRasterizer_, vertex arrays, indexed
+// coverage triangles and the immediate-mode quad strip.
+//
+// The quad strip collects transformed vertices a, b, c, d and fills triangle
+// (a, b, c) (skipped when a and b coincide) and triangle (d, b, c); c and d
+// then become a and b of the next quad, so pairs of vertices along a contour
+// form a continuous strip. The band strips of bevel_strips.cpp share the
+// vertex store and the scheme.
+#include <cstring>
+#include <new>
+
+#include "raster/rasterizer_impl.h"
+
+CRasterizer_::CRasterizer_()
+    : viewport_{0, 0, 0, 0},
+      scaleX_(0),
+      offsetX_(0),
+      scaleY_(0),
+      offsetY_(0),
+      stripX_{},
+      stripY_{},
+      taperX_(0),
+      taperY_(0),
+      taperDistX_(0),
+      taperDistY_(0),
+      vertexSize_(0),
+      vertexStride_(0),
+      vertexPointer_(nullptr),
+      coverage_(nullptr),
+      width_(0),
+      height_(0),
+      tilesPerRow_(0),
+      nibbleTables_{},
+      currentMatrix_(modelView_),
+      vertexCount_(0),
+      spanKernel_(tr::GeneralCoverageKernel()),
+      constantValue_(0),
+      mapIsConstant_(false),
+      plainKernels_(false),
+      bandTop_(0),
+      bandBottom_(0),
+      output_(nullptr),
+      shadedPass_(false),
+      sweepPass_(false),
+      bevelDepth_(0),
+      lightAngle_(0),
+      sweepX_(0),
+      sweepY_(0),
+      previousIntensity_(0),
+      currentIntensity_(0) {
+    // The users load both matrices before drawing; identity keeps an
+    // unconfigured rasterizer's output defined.
+    MatrixMode(kGlProjection);
+    LoadIdentity();
+    MatrixMode(kGlModelView);
+    LoadIdentity();
+}
+
+CRasterizer_::~CRasterizer_() = default;
+
+CRasterizer* CreateRasterizer() noexcept { return new (std::nothrow) CRasterizer_(); }
+
+void ReleaseRasterizer(CRasterizer* rasterizer) noexcept { delete rasterizer; }
+
+double* CRasterizer_::Init(uint16_t* coverage, uint32_t /*reserved0*/, int32_t width,
+                           int32_t height, uint32_t /*reserved1*/) {
+    // Sizes that are not positive multiples of 4 (or a null buffer) leave an
+    // empty map: nothing is cleared and nothing is drawn.
+    const bool usable = coverage != nullptr && width > 0 && height > 0;
+    coverage_ = usable ? coverage : nullptr;
+    width_ = usable ? (width & ~tr::kSubMask) : 0;
+    height_ = usable ? (height & ~tr::kSubMask) : 0;
+    tilesPerRow_ = width_ / tr::kSubPerPx;
+    if (coverage_ != nullptr) {
+        std::memset(coverage_, 0, static_cast<size_t>(width_) * static_cast<size_t>(height_) / 2);
+    }
+    currentMatrix_ = modelView_;
+    vertexCount_ = 0;
+    taperX_ = taperY_ = 0.0f;
+    taperDistX_ = taperDistY_ = 0.0;
+    mapIsConstant_ = false;
+    spanKernel_ = tr::GeneralCoverageKernel();
+    return modelView_;
+}
+
+void CRasterizer_::SetNibbleMap(const uint8_t* map) {
+    tr::BuildNibbleTables(map, nibbleTables_);
+    mapIsConstant_ = true;
+    for (int i = 1; i < 16; ++i) mapIsConstant_ = mapIsConstant_ && map[i] == map[0];
+    constantValue_ = static_cast<uint8_t>(map[0] & tr::kNibbleMask);
+    UsePlainKernels(plainKernels_);
+}
+
+void CRasterizer_::UsePlainKernels(bool plain) {
+    plainKernels_ = plain;
+    if (!mapIsConstant_) {
+        spanKernel_ = tr::GeneralCoverageKernel();
+    } else {
+        spanKernel_ = plain ? tr::ConstantCoverageKernelPlain(constantValue_)
+                            : tr::ConstantCoverageKernel(constantValue_);
+    }
+}
+
+void CRasterizer_::VertexPointer(uint32_t size, uint32_t /*type*/, uint32_t stride,
+                                 const void* pointer) {
+    vertexSize_ = size;
+    vertexStride_ = stride;
+    vertexPointer_ = static_cast<const unsigned char*>(pointer);
+}
+
+const double* CRasterizer_::VertexAt(uint32_t index) const {
+    // The caller's vertex array is 8-byte aligned with a stride that is a
+    // multiple of 8 (outline blocks use 24-byte points).
+    return reinterpret_cast<const double*>(vertexPointer_ + static_cast<size_t>(index) *
+                                                                vertexStride_);
+}
+
+void CRasterizer_::FillCoverage(tr::ScreenTriangle t) const {
+    if (coverage_ == nullptr) return;
+    if (taperX_ != 0.0f || taperY_ != 0.0f) ApplyTaper(t);
+    const tr::CoverageTarget target{coverage_, width_, height_, &nibbleTables_};
+    spanKernel_(target, t);
+}
+
+void CRasterizer_::DrawIndexedCoverage(uint32_t count, const uint32_t* indices, double dx,
+                                       double dy) {
+    if (coverage_ == nullptr || indices == nullptr || vertexPointer_ == nullptr) return;
+    for (uint32_t i = 0; i + 3 <= count; i += 3) {
+        tr::ScreenTriangle t{};
+        for (int k = 0; k < 3; ++k) {
+            const double* v = VertexAt(indices[i + k]);
+            TransformVertex(v[0] + dx, v[1] + dy, t.x[k], t.y[k]);
+        }
+        FillCoverage(t);
+    }
+}
+
+void CRasterizer_::DrawIndexed(uint32_t /*mode*/, uint32_t count, uint32_t /*type*/,
+                               const uint32_t* indices) {
+    DrawIndexedCoverage(count, indices, 0.0, 0.0);
+}
+
+void CRasterizer_::DrawIndexedOffset(uint32_t /*mode*/, uint32_t count, uint32_t /*type*/,
+                                     const uint32_t* indices, double dx, double dy) {
+    DrawIndexedCoverage(count, indices, dx, dy);
+}
+
+bool CRasterizer_::AppendStripVertex(double x, double y) {
+    TransformVertex(x, y, stripX_[vertexCount_], stripY_[vertexCount_]);
+    return ++vertexCount_ == 4;
+}
+
+void CRasterizer_::KeepLastPair() {
+    stripX_[0] = stripX_[2];
+    stripY_[0] = stripY_[2];
+    stripX_[1] = stripX_[3];
+    stripY_[1] = stripY_[3];
+    vertexCount_ = 2;
+}
+
+void CRasterizer_::Begin() { vertexCount_ = 0; }
+void CRasterizer_::End() {}
+void CRasterizer_::Finish() {}
+
+void CRasterizer_::Vertex2dv(const double* xy) { Vertex2d(xy[0], xy[1]); }
+
+tr::ScreenTriangle CRasterizer_::QuadTriangle(int tri) const {
+    static constexpr int kCorners[2][3] = {{0, 1, 2}, {3, 1, 2}};
+    tr::ScreenTriangle t{};
+    for (int k = 0; k < 3; ++k) {
+        t.x[k] = stripX_[kCorners[tri][k]];
+        t.y[k] = stripY_[kCorners[tri][k]];
+    }
+    return t;
+}
+
+int CRasterizer_::FirstQuadTriangle() const {
+    return stripX_[0] == stripX_[1] && stripY_[0] == stripY_[1] ? 1 : 0;
+}
+
+void CRasterizer_::Vertex2d(double x, double y) {
+    if (!AppendStripVertex(x, y)) return;
+    for (int tri = FirstQuadTriangle(); tri < 2; ++tri) FillCoverage(QuadTriangle(tri));
+    KeepLastPair();
+}

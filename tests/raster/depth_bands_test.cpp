@@ -1,0 +1,167 @@
+// Band planning and the 56-sample resolve.
+#include "raster/depth_bands.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+namespace {
+
+struct Band {
+    int32_t first, end;
+};
+
+std::vector<Band> AllBands(int32_t w, int32_t h, std::vector<uint32_t>* returned = nullptr) {
+    tr::BandPlan p = tr::PlanBands(w, h);
+    std::vector<Band> bands;
+    const int32_t planned = p.left;
+    for (int32_t i = 0; i < planned; ++i) {
+        bands.push_back({p.first, p.end});
+        const uint32_t left = tr::AdvanceBand(p);
+        if (returned) returned->push_back(left);
+    }
+    return bands;
+}
+
+TEST(BandPlan, SmallMapIsOneBand) {
+    const auto bands = AllBands(400, 400);
+    ASSERT_EQ(bands.size(), 1u);
+    EXPECT_EQ(bands[0].first, 0);
+    EXPECT_EQ(bands[0].end, 100);
+}
+
+TEST(BandPlan, LargeMapMatchesWorkedExample) {
+    std::vector<uint32_t> left;
+    const auto bands = AllBands(4000, 4000, &left);
+    ASSERT_EQ(bands.size(), 3u);
+    const Band want[3] = {{0, 334}, {332, 667}, {665, 1000}};
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(bands[i].first, want[i].first) << i;
+        EXPECT_EQ(bands[i].end, want[i].end) << i;
+    }
+    EXPECT_EQ(left, (std::vector<uint32_t>{2, 1, 0}));
+}
+
+TEST(BandPlan, AdvancingPastTheLastBandStaysAtZero) {
+    tr::BandPlan p = tr::PlanBands(400, 400);
+    EXPECT_EQ(tr::AdvanceBand(p), 0u);
+    EXPECT_EQ(tr::AdvanceBand(p), 0u);
+}
+
+// For many map sizes: every tile row 1 .. T-2 is resolved by exactly one
+// band, bands stay inside the map, the band count follows the 20 MiB
+// budget at 3 bytes per sub-sample, and no band holds more than its share
+// T/B plus the rounding and overlap rows (the first band takes up to B - 1
+// extra rows).
+TEST(BandPlan, BandsResolveEveryInteriorRowOnceWithinBudget) {
+    std::mt19937 rng(1);
+    for (int n = 0; n < 3000; ++n) {
+        const int32_t w = 4 * static_cast<int32_t>(1 + rng() % 3000);
+        const int32_t h = 4 * static_cast<int32_t>(1 + rng() % 3000);
+        const int32_t tileRows = h / 4;
+        std::vector<int> resolved(tileRows, 0);
+        const auto bands = AllBands(w, h);
+        const double budgetBands = std::floor(3.0 * w * h / 20971520.0) + 1;
+        if (bands.size() > 1) {
+            ASSERT_EQ(bands.size(), budgetBands) << w << "x" << h;
+        }
+        const double share = double(tileRows) / bands.size() + bands.size() + 1;
+        for (const Band& b : bands) {
+            ASSERT_GE(b.first, 0);
+            ASSERT_LE(b.end, tileRows) << w << "x" << h;
+            ASSERT_LE(b.end - b.first, share) << w << "x" << h;
+            for (int32_t ty = b.first + 1; ty <= b.end - 2; ++ty) ++resolved[ty];
+        }
+        for (int32_t ty = 1; ty + 1 < tileRows; ++ty) {
+            ASSERT_EQ(resolved[ty], 1) << w << "x" << h << " tile row " << ty;
+        }
+    }
+}
+
+// The footprint written out from its definition: rows relative to the
+// tile's top-left sub-sample and the columns each takes.
+bool InFootprint(int dx, int dy) {
+    switch (dy) {
+    case -2: case -1: return dx >= -4 && dx <= -1;
+    case 0: case 3: return dx >= -2 && dx <= 5;
+    case 1: case 2: return dx >= -4 && dx <= 7;
+    case 4: case 5: return dx >= 0 && dx <= 3;
+    default: return false;
+    }
+}
+
+TEST(BandResolve, EachSampleReachesExactlyTheTilesWhoseFootprintHoldsIt) {
+    constexpr int32_t kW = 32, kH = 32, kTiles = kW / 4;
+    int footprintSize = 0;
+    for (int dy = -8; dy < 8; ++dy)
+        for (int dx = -8; dx < 8; ++dx) footprintSize += InFootprint(dx, dy);
+    ASSERT_EQ(footprintSize, tr::kResolveSamples);
+    for (int32_t sy = 0; sy < kH; ++sy) {
+        for (int32_t sx = 0; sx < kW; ++sx) {
+            std::vector<uint16_t> depth(kW * kH, 0);
+            depth[sy * kW + sx] = 0x4321;
+            std::vector<uint8_t> out(kTiles * kTiles, 0xEE);
+            tr::ResolveDepthBand(depth.data(), kW, 0, kTiles, true, out.data());
+            for (int32_t ty = 0; ty < kTiles; ++ty) {
+                for (int32_t tx = 0; tx < kTiles; ++tx) {
+                    const bool ring = tx == 0 || ty == 0 || tx == kTiles - 1 || ty == kTiles - 1;
+                    const bool hit = InFootprint(sx - 4 * tx, sy - 4 * ty);
+                    const uint8_t want = ring ? 0xEE : hit ? 0x43 : tr::kEmptyDepthByte;
+                    ASSERT_EQ(out[ty * kTiles + tx], want)
+                        << "sample (" << sx << ", " << sy << ") tile (" << tx << ", " << ty << ")";
+                }
+            }
+        }
+    }
+}
+
+// Averages over random buffers, computed here sample by sample.
+TEST(BandResolve, AveragesOverNonZeroSamples) {
+    constexpr int32_t kW = 48, kTiles = kW / 4, kFirst = 5, kEnd = 14;  // band rows 5..13
+    constexpr int32_t kRows = (kEnd - kFirst) * 4;
+    std::mt19937 rng(9);
+    for (int n = 0; n < 50; ++n) {
+        std::vector<uint16_t> depth(kW * kRows);
+        std::vector<uint8_t> light(kW * kRows);
+        for (size_t i = 0; i < depth.size(); ++i) {
+            const uint32_t pick = rng() % 8;
+            depth[i] = pick == 0 ? 0 : pick == 1 ? 0xFFFF : static_cast<uint16_t>(rng());
+            light[i] = rng() % 3 == 0 ? 0 : static_cast<uint8_t>(rng());
+        }
+        std::vector<uint8_t> outDepth(kTiles * kEnd, 0xEE), outSweep(kTiles * kEnd, 0xEE),
+            outShaded(2 * kTiles * kEnd, 0xEE);
+        tr::ResolveDepthBand(depth.data(), kW, kFirst, kEnd, true, outDepth.data());
+        tr::ResolveDepthBand(depth.data(), kW, kFirst, kEnd, false, outSweep.data());
+        tr::ResolveShadedBand(depth.data(), light.data(), kW, kFirst, kEnd, outShaded.data());
+        for (int32_t ty = 0; ty < kEnd; ++ty) {
+            for (int32_t tx = 0; tx < kTiles; ++tx) {
+                const size_t o = ty * kTiles + tx;
+                if (ty < kFirst + 1 || ty > kEnd - 2 || tx == 0 || tx == kTiles - 1) {
+                    ASSERT_EQ(outDepth[o], 0xEE);
+                    ASSERT_EQ(outShaded[2 * o], 0xEE);
+                    continue;
+                }
+                uint64_t n0 = 0, sumSub = 0, sumRaw = 0, nLit = 0, lit = 0, litDepth = 0;
+                for (int dy = -2; dy <= 5; ++dy) {
+                    for (int dx = -4; dx <= 7; ++dx) {
+                        if (!InFootprint(dx, dy)) continue;
+                        const size_t at = (4 * (ty - kFirst) + dy) * kW + 4 * tx + dx;
+                        const uint64_t raw = depth[at], sub = raw == 0xFFFF ? 64770 : raw;
+                        n0 += raw != 0;
+                        sumSub += sub;
+                        sumRaw += raw;
+                        if (light[at] != 0) ++nLit, lit += light[at], litDepth += sub;
+                    }
+                }
+                ASSERT_EQ(outDepth[o], n0 ? (sumSub / n0) >> 8 : 10u) << tx << ", " << ty;
+                ASSERT_EQ(outSweep[o], n0 ? (sumRaw / n0) >> 8 : 10u) << tx << ", " << ty;
+                ASSERT_EQ(outShaded[2 * o], nLit ? lit / nLit : 128u) << tx << ", " << ty;
+                ASSERT_EQ(outShaded[2 * o + 1], nLit ? (litDepth / nLit) >> 8 : 10u) << tx << ", " << ty;
+            }
+        }
+    }
+}
+
+}  // namespace
