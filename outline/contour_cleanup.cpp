@@ -30,8 +30,8 @@ Vec Sub(const CPoint3D& a, const CPoint3D& b) { return Vec{a.x - b.x, a.y - b.y}
 // lie strictly inside (0, 1). With den = (d - c) x (b - a), solving
 //   a + t(b - a) = c + u(d - c): crossing both sides with (d - c) gives
 //   t = ((c - a) x (d - c)) / ((b - a) x (d - c)) = ((d - c) x (c - a)) / den,
-//   and with (b - a): u = ((b - a) x (c - a)) / ((b - a) x (d - c))
-//                     = ((c - a) x (b - a)) / den.
+//   and with (b - a): u = ((a - c) x (b - a)) / ((d - c) x (b - a))
+//                     = ((b - a) x (c - a)) / den.
 bool EdgesCross(const CPoint3D& a, const CPoint3D& b, const CPoint3D& c, const CPoint3D& d) {
     const Vec ab = Sub(b, a);
     const Vec cd = Sub(d, c);
@@ -39,7 +39,7 @@ bool EdgesCross(const CPoint3D& a, const CPoint3D& b, const CPoint3D& c, const C
     const double den = Cross(cd, ab);
     if (den == 0.0) return false;
     const double t = Cross(cd, ac) / den;
-    const double u = Cross(ac, ab) / den;
+    const double u = Cross(ab, ac) / den;
     return t > 0.0 && t < 1.0 && u > 0.0 && u < 1.0;
 }
 
