@@ -140,12 +140,19 @@ bool ReadPairs(GlyphReader& reader, std::size_t count, Coutline& contour, bool& 
     return true;
 }
 
-// A float count truncated toward zero; false for NaN, negative or more than
-// the data could hold.
-bool ReadFloatCount(GlyphReader& reader, std::size_t limit, std::size_t& count) {
+// A float count truncated toward zero; false for NaN, negative or (unless
+// it only bounds a loop whose reads are checked, clampToLimit) more than the
+// data could hold.
+bool ReadFloatCount(GlyphReader& reader, std::size_t limit, std::size_t& count,
+                    bool clampToLimit = false) {
     float f;
     if (!reader.Read(f)) return false;
-    if (!(f > -1.0f) || !(f < static_cast<float>(limit) + 1.0f)) return false;
+    if (!(f > -1.0f)) return false;
+    if (!(f < static_cast<float>(limit) + 1.0f)) {
+        if (!clampToLimit) return false;
+        count = limit;
+        return true;
+    }
     count = f < 1.0f ? 0 : static_cast<std::size_t>(f);
     return count <= limit;
 }
@@ -190,7 +197,7 @@ std::list<CContourGroup> ReadGroupedFloats(const std::uint8_t* data, std::size_t
     std::list<CContourGroup> groups;
     GlyphReader reader(data, length);
     std::size_t groupCount;
-    if (!reader.Skip(4) || !ReadFloatCount(reader, reader.Left() / 8, groupCount)) return groups;
+    if (!reader.Skip(4) || !ReadFloatCount(reader, reader.Left() / 8, groupCount, true)) return groups;
     for (std::size_t g = 0; g < groupCount; ++g) {
         CContourGroup group;
         bool outerValid = true;

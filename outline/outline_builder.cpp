@@ -85,23 +85,6 @@ void BuildPolygons(std::list<CContourGroup>& out, std::int32_t size, const std::
     AppendAll(out, std::move(groups));
 }
 
-void NudgeNearVertical(Coutline& path) {
-    auto& pts = path.points;
-    if (pts.empty()) return;
-    double prevX = pts.front().x;
-    for (auto it = std::next(pts.begin()); it != pts.end(); ++it) {
-        const double dx = it->x - prevX;
-        if (std::fabs(dx) <= kNearVertical) it->x += dx >= 0.0 ? kNudgeRight : -kNudgeLeft;
-        prevX = it->x;
-    }
-    const double dx = pts.front().x - pts.back().x;
-    if (-kNearVertical < dx && dx < 0.0) {
-        pts.front().x -= kClosingNudgeLeft;
-    } else if (0.0 < dx && dx < kNearVertical) {
-        pts.front().x += kClosingNudgeRight;
-    }
-}
-
 void BuildSinglePath(std::list<CContourGroup>& out, std::int32_t size, const std::uint8_t* data,
                      std::size_t length, std::uint32_t flags, std::uint32_t options) {
     if (length < 1) return;
@@ -121,6 +104,23 @@ void BuildSinglePath(std::list<CContourGroup>& out, std::int32_t size, const std
 }
 
 }  // namespace
+
+void NudgeNearVertical(Coutline& path) {
+    auto& pts = path.points;
+    if (pts.empty()) return;
+    double prevX = pts.front().x;
+    for (auto it = std::next(pts.begin()); it != pts.end(); ++it) {
+        const double dx = it->x - prevX;
+        if (std::fabs(dx) <= kNearVertical) it->x += dx >= 0.0 ? kNudgeRight : -kNudgeLeft;
+        prevX = it->x;
+    }
+    const double dx = pts.front().x - pts.back().x;
+    if (-kNearVertical < dx && dx < 0.0) {
+        pts.front().x -= kClosingNudgeLeft;
+    } else if (0.0 < dx && dx < kNearVertical) {
+        pts.front().x += kClosingNudgeRight;
+    }
+}
 
 void Dispatch(std::list<CContourGroup>& groups, std::int32_t outlineSize, const std::uint8_t* data,
               std::size_t length, std::uint32_t flags, std::uint32_t options) {

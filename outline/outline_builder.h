@@ -37,6 +37,10 @@ OutlineBuild BuildOutline(const OutlineRequest& request);
 void Dispatch(std::list<CContourGroup>& groups, std::int32_t outlineSize, const std::uint8_t* data,
               std::size_t length, std::uint32_t flags, std::uint32_t options);
 
+// Single-path nudge: pushes near-vertical edges (|dx| <= 0.01) apart,
+// then the closing pair, so the boundary pass sees no vertical edges.
+void NudgeNearVertical(Coutline& path);
+
 // BuildOutline packed into a block: (block, size) with ownership passed to
 // the caller (free with delete[]), or (null, 0) when nothing came out.
 OMData BuildOutlineBlock(const OutlineRequest& request);
