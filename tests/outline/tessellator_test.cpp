@@ -1,0 +1,135 @@
+// GLU tessellation of groups, boundary extraction and the sliver test.
+#include "outline/tessellator.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <thread>
+#include <vector>
+
+namespace tr {
+namespace {
+
+Coutline Make(const std::vector<std::pair<double, double>>& xy) {
+    Coutline c;
+    for (auto [x, y] : xy) c.points.push_back(CPoint3D{x, y, -1.0});
+    return c;
+}
+
+std::vector<CPoint3D> AllVertices(const CContourGroup& g) {
+    std::vector<CPoint3D> all(g.outer.points.begin(), g.outer.points.end());
+    for (const auto& h : g.holes) all.insert(all.end(), h.points.begin(), h.points.end());
+    all.insert(all.end(), g.extraVertices.points.begin(), g.extraVertices.points.end());
+    return all;
+}
+
+double TiledArea(const CContourGroup& g) {
+    const auto all = AllVertices(g);
+    double sum = 0;
+    for (std::size_t t = 0; t + 2 < g.triangles.size(); t += 3) {
+        const CPoint3D &a = all.at(g.triangles[t]), &b = all.at(g.triangles[t + 1]), &c = all.at(g.triangles[t + 2]);
+        sum += std::fabs((b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y)) / 2;
+    }
+    return sum;
+}
+
+TEST(Tessellator, SquareWithHoleUsesOuterThenHoleIndices) {
+    CContourGroup g;
+    g.outer = Make({{0, 0}, {0, 10}, {10, 10}, {10, 0}});
+    g.holes.push_back(Make({{3, 3}, {7, 3}, {7, 7}, {3, 7}}));
+    Tessellate(g);
+    ASSERT_EQ(g.triangles.size() % 3, 0u);
+    EXPECT_EQ(g.triangles.size(), 8u * 3u);  // 8 vertices, 2 boundaries: 8 triangles
+    for (std::uint32_t i : g.triangles) EXPECT_LT(i, 8u);
+    EXPECT_TRUE(g.extraVertices.points.empty());
+    EXPECT_DOUBLE_EQ(TiledArea(g), 100.0 - 16.0);
+}
+
+TEST(Tessellator, CrossingEdgesAddAnExtraVertexNumberedAfterTheInput) {
+    CContourGroup g;
+    g.outer = Make({{0, 0}, {4, 4}, {4, 0}, {0, 4}});  // bow tie crossing at (2, 2)
+    Tessellate(g);
+    ASSERT_EQ(g.extraVertices.points.size(), 1u);
+    EXPECT_DOUBLE_EQ(g.extraVertices.points.front().x, 2.0);
+    EXPECT_DOUBLE_EQ(g.extraVertices.points.front().y, 2.0);
+    bool usesExtra = false;
+    for (std::uint32_t i : g.triangles) {
+        EXPECT_LE(i, 4u);
+        usesExtra = usesExtra || i == 4;
+    }
+    EXPECT_TRUE(usesExtra);
+    EXPECT_DOUBLE_EQ(TiledArea(g), 8.0);  // two triangles of area 4
+}
+
+TEST(Tessellator, ConcurrentTessellationsGiveIdenticalResults) {
+    const auto run = [] {
+        CContourGroup g;
+        Coutline star;
+        for (int i = 0; i < 10; ++i) {
+            const double r = i % 2 == 0 ? 10.0 : 4.0, a = i * 3.14159265358979 / 5;
+            star.points.push_back(CPoint3D{r * std::cos(a), r * std::sin(a), 0.0});
+        }
+        g.outer = star;
+        Tessellate(g);
+        return g.triangles;
+    };
+    const auto reference = run();
+    std::vector<std::vector<std::uint32_t>> results(4);
+    std::vector<std::thread> threads;
+    for (auto& r : results) {
+        threads.emplace_back([&r, &run] {
+            for (int k = 0; k < 50; ++k) r = run();
+        });
+    }
+    for (auto& t : threads) t.join();
+    for (const auto& r : results) EXPECT_EQ(r, reference);
+}
+
+TEST(Tessellator, BoundaryOfASelfOverlappingPath) {
+    // A figure eight traced as one path: two boundary loops.
+    const Coutline path = Make({{0, 0}, {10, 10}, {10, 0}, {0, 10}});
+    const auto contours = Boundary(path, 0, 0);
+    ASSERT_EQ(contours.size(), 2u);
+    for (const auto& c : contours) {
+        EXPECT_EQ(c.points.size(), 3u);
+        for (const auto& p : c.points) EXPECT_EQ(p.z, 0.0);
+    }
+    // Odd and non-zero rules differ on a doubly wound square.
+    const Coutline twice = Make({{0, 0}, {0, 10}, {10, 10}, {10, 0}, {0, 0}, {0, 10}, {10, 10}, {10, 0}});
+    EXPECT_EQ(Boundary(twice, 0x1000, 0).size(), 1u);
+    EXPECT_EQ(Boundary(twice, 0, 0).size(), 0u);
+}
+
+TEST(Tessellator, BoundaryEmptiesSliversOnlyWithOptionBit0) {
+    const Coutline thin = Make({{0, 0}, {0, 10}, {3, 10}, {3, 0}});  // sides 10, 3, 10, 3
+    const auto kept = Boundary(thin, 0, 0);
+    ASSERT_EQ(kept.size(), 1u);
+    EXPECT_EQ(kept.front().points.size(), 4u);
+    const auto emptied = Boundary(thin, 0, 1);
+    ASSERT_EQ(emptied.size(), 1u);
+    EXPECT_TRUE(emptied.front().points.empty());
+}
+
+TEST(Tessellator, SliverTable) {
+    struct Case {
+        const char* name;
+        std::vector<std::pair<double, double>> points;
+        bool sliver;
+    };
+    const Case cases[] = {
+        {"two points", {{0, 0}, {100, 0}}, true},
+        {"triangle, one short side", {{0, 0}, {100, 0}, {100, 3.9}}, true},
+        {"triangle, sides of 4", {{0, 0}, {4, 0}, {4, 4}}, false},
+        {"quad s1 s3 short", {{0, 0}, {3, 0}, {3, 50}, {0, 50}}, true},
+        {"quad s2 s4 short", {{0, 0}, {50, 0}, {50, 3}, {0, 3}}, true},
+        {"quad s1 s2 short", {{0, 0}, {3, 0}, {3, 3}, {0, 50}}, false},
+        {"pentagon s1 s3 s5", {{0, 0}, {1, 0}, {1, 50}, {2, 50}, {2, 1}}, true},
+        {"pentagon s2 s4 s5", {{0, 0}, {0, 50}, {1, 50}, {1, 1}, {1, 0}}, true},
+        {"pentagon s1 s3 only", {{0, 0}, {1, 0}, {1, 50}, {2, 50}, {20, 1}}, false},
+        {"hexagon of short sides", {{0, 0}, {1, 0}, {2, 0}, {2, 1}, {1, 1}, {0, 1}}, false},
+    };
+    for (const Case& c : cases) EXPECT_EQ(IsSliver(Make(c.points)), c.sliver) << c.name;
+}
+
+}  // namespace
+}  // namespace tr
