@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <boost/bind/bind.hpp>
 #include <boost/make_shared.hpp>
 #include <boost/weak_ptr.hpp>
 
@@ -323,22 +322,6 @@ TEST(ExecutorTest, SubExecutorOfSubExecutorStaysSerial) {
     Shutdown(inner);
     Shutdown(middle);
     EXPECT_EQ(probe.most.load(), 1);
-}
-
-TEST(ExecutorTest, BoundMemberCallIsATask) {
-    struct Counter {
-        std::atomic<int> value{0};
-        std::latch done{1};
-        void Run() {
-            value.fetch_add(1);
-            done.count_down();
-        }
-    } counter;
-    const Executor serial = CreateSubExecutor(CreateCPUBoundExecutor(), 1);
-    ASSERT_TRUE(serial->Submit(boost::bind(&Counter::Run, &counter), 0));
-    counter.done.wait();
-    Shutdown(serial);
-    EXPECT_EQ(counter.value.load(), 1);
 }
 
 }  // namespace
