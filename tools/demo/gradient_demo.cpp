@@ -1,12 +1,14 @@
 // gradient_demo: renders a few images with the gradient generators through
 // the library's C entry points and writes them as PNG files.
 //
-//   gradient_demo <output folder>
+//   gradient_demo <output folder>   (created if missing)
 //
 // Files: four_corner_shine.png, classic_linear_repeats.png,
 // classic_radial.png, sampled_rotated.png (640 x 360 each).
 #include <cstdio>
+#include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "titlerender.h"
@@ -95,6 +97,13 @@ int main(int argc, char** argv) {
     if (argc != 2) {
         std::fprintf(stderr, "usage: %s <output folder>\n", argv[0]);
         return 2;
+    }
+    std::error_code created;
+    std::filesystem::create_directories(argv[1], created);
+    if (created) {
+        std::fprintf(stderr, "gradient_demo: cannot create %s: %s\n", argv[1],
+                     created.message().c_str());
+        return 1;
     }
     const std::string folder = std::string(argv[1]) + "/";
     const struct {
