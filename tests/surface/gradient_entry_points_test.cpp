@@ -2,7 +2,10 @@
 // written anywhere, nothing crashes, and the row count says so.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
+#include <limits>
+#include <random>
 #include <vector>
 
 #include "guarded_image.h"
@@ -78,6 +81,57 @@ TEST(GradientEntryPoints, SingleRowNeedsNoStrideAndEveryPixelIsWritten) {
                 EXPECT_NE(image.At(x, 0), tr_test::kSentinel) << generator << " pixel " << x;
             }
         }
+    }
+}
+
+// Non-finite, huge and tiny numbers in every double argument and field:
+// every pixel still gets a defined value and nothing outside the image is
+// written (the sanitizer builds turn undefined conversions into failures).
+TEST(GradientEntryPoints, ExtremeNumbersStayDefinedAndInBounds) {
+    const double inf = std::numeric_limits<double>::infinity();
+    const double values[] = {0.0,  -0.0, 1e-310, 1e-30, 0.5,  3.0,  -7.25,
+                             1e9,  3e9,  -3e9,   1e300, -1e300, inf, -inf,
+                             std::numeric_limits<double>::quiet_NaN()};
+    std::mt19937 random(7);
+    std::uniform_int_distribution<size_t> pick(0, std::size(values) - 1);
+    std::uniform_int_distribution<uint32_t> word;
+    auto any = [&] { return values[pick(random)]; };
+    for (int trial = 0; trial < 400; ++trial) {
+        FourCornerGradientParameters ramp{};
+        ramp.angle = any();
+        for (uint32_t& c : ramp.corners) {
+            c = word(random);
+        }
+        ramp.shineWidth = any();
+        ramp.shineColour = word(random);
+        ramp.shineAngle = any();
+        ramp.shinePosition = any();
+        ClassicRecord classic{};
+        classic.radial = trial % 2;
+        classic.colour1 = word(random);
+        classic.colour2 = word(random);
+        classic.start = any();
+        classic.end = any();
+        classic.angle = any();
+        classic.repeats = trial % 3 == 0 ? word(random) : trial % 5;
+        classic.shineWidth = any();
+        classic.shineColour = word(random);
+        classic.shineAngle = any();
+        classic.shinePosition = any();
+        const TextureRecord texture{Opaque, 0, word(random) % 12, uint8_t(trial & 1),
+                                    uint8_t(trial >> 1 & 1), {}};
+        const TextureStyle style{0, 0, any(), any(), any()};
+        const double g[7] = {any(), any(), any(), any(), any(), any(), any()};
+
+        GuardedImage a(5, 4, -6 * 4), b(5, 4, 6 * 4), c(5, 4, 5 * 4);
+        FillFourCornerGradient(a.Block(), &ramp);
+        RenderClassicGradient(b.Block(), g[0], g[1], g[2], g[3], g[4], g[5], g[6], &classic,
+                              &texture);
+        RenderClassicGradientSampled(c.Block(), g[0], g[1], g[2], g[3], g[4], g[5], g[6], &ramp,
+                                     Opaque, &style, 0);
+        ASSERT_TRUE(a.GuardsIntact()) << trial;
+        ASSERT_TRUE(b.GuardsIntact()) << trial;
+        ASSERT_TRUE(c.GuardsIntact()) << trial;
     }
 }
 
