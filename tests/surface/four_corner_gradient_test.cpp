@@ -193,8 +193,12 @@ TEST(FourCornerGradient, FastPathIsBitIdenticalToPlainPath) {
     const double angles[] = {0.0, 1e-4, -0.001, 0.001, 1.5707963, -1.5707963, 3.14159, 0.7};
     const double widths[] = {0.0, 1e-300, 0.5, 3.0, 25.0, 1e120, -2.0};
     for (int trial = 0; trial < 3000; ++trial) {
-        const int32_t w = trial < 5 ? 257 : size(random);
-        const int32_t h = trial < 5 ? 3 + trial : size(random);
+        // A few large images first: odd and even heights pair rows
+        // differently, and wide bands cross many rows.
+        const int32_t bigW[] = {257, 257, 257, 257, 257, 320, 181, 1};
+        const int32_t bigH[] = {3, 4, 5, 6, 7, 181, 320, 300};
+        const int32_t w = trial < 8 ? bigW[trial] : size(random);
+        const int32_t h = trial < 8 ? bigH[trial] : size(random);
         FourCornerGradientParameters p{};
         for (uint32_t& c : p.corners) {
             c = colour(random);
