@@ -5,7 +5,9 @@
 // empty, without pixels, or with rows that overlap because |stride| is less
 // than 4 * width - is left untouched. No C++ exception crosses this line:
 // the generators allocate nothing but the four-corner row tables, whose
-// allocation failure they handle themselves.
+// allocation failure they handle themselves. (The definitions carry no
+// `noexcept` because the public declarations do not, and C++ requires the
+// two to agree.)
 #include "surface/classic_gradient.h"
 #include "surface/four_corner_gradient.h"
 #include "surface/gradient_frame.h"

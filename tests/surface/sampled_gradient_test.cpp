@@ -1,0 +1,247 @@
+// Sampled gradient: pixels against a reference written from the formula
+// (gradient and shine in single precision, texture mixing in double), the
+// exponent split's branches, the transparent cut-off and the image bounds.
+#include "surface/sampled_gradient.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "guarded_image.h"
+#include "titlerender.h"
+
+namespace {
+
+using tr_test::GuardedImage;
+
+struct Box {
+    double x0, y0, halfWidth, halfHeight, angle, originX, originY;
+};
+
+uint32_t Byte(uint32_t colour, int channel) { return (colour >> (8 * channel)) & 0xFF; }
+
+// Varying colours and alphas, alpha 0 included.
+uint32_t PatternTexture(int32_t x, int32_t y, uintptr_t) {
+    const uint32_t alpha = ((x * 7 + y * 3) % 5) * 60u; // 0, 60, ..., 240
+    return alpha << 24 | (static_cast<uint32_t>(x * 37) & 0xFF) << 16 |
+           (static_cast<uint32_t>(y * 53) & 0xFF) << 8 | static_cast<uint32_t>(x * y) % 256;
+}
+
+uint32_t ReferencePixel(const Box& box, const SampledGradientParameters& p, TextureCallback cb,
+                        const TextureStyle& style, int32_t x, int32_t y) {
+    const int32_t ix = static_cast<int32_t>(box.originX), iy = static_cast<int32_t>(box.originY);
+    const float fx = static_cast<float>(box.x0 - ix), fy = static_cast<float>(box.y0 - iy);
+    const float rotation = static_cast<float>(p.angle);
+    const float R = -static_cast<float>(box.angle) - rotation;
+    const float w = static_cast<float>(box.halfWidth), h = static_cast<float>(box.halfHeight);
+    const float px0 = static_cast<float>(x) - fx, qy0 = static_cast<float>(y) - fy;
+    const float u = px0 * std::cos(R) + qy0 * std::sin(R) + w;
+    const float v = qy0 * std::cos(R) - px0 * std::sin(R) + h;
+    const float W2 = 2 * w, H2 = 2 * h;
+    const float diag = std::sqrt(W2 * W2 + H2 * H2);
+    auto weight = [&](float a, float b) {
+        const float t = 1 - std::sqrt(a * a + b * b) / diag;
+        return (t * t) * (t * t);
+    };
+    const float wt[4] = {weight(u, v), weight(W2 - u, v), weight(W2 - u, H2 - v), weight(u, H2 - v)};
+    float ch[4];
+    for (int c = 0; c < 4; ++c) {
+        float num = 0, den = 0;
+        for (int i = 0; i < 4; ++i) {
+            num += static_cast<float>(Byte(p.corners[i], c)) * wt[i];
+            den += wt[i];
+        }
+        ch[c] = num / den;
+    }
+    if (cb != nullptr) {
+        const uint32_t s = cb(x + ix, y + iy, 0);
+        double ta = Byte(s, 3) / 255.0, tf;
+        const double ga = ch[3] / 255.0;
+        const double e1 = style.textureAlphaExponent, e2 = style.gradientAlphaExponent;
+        if (e1 >= 1) {
+            tf = ta, ta = 1;
+        } else if (e1 <= 0) {
+            tf = 1;
+        } else if (ta == 0) {
+            ta = tf = 0;
+        } else {
+            tf = std::pow(ta, e1), ta = ta / tf;
+        }
+        double ge, gf;
+        if (e2 >= 1) {
+            ge = 1, gf = ga;
+        } else if (e2 > 0) {
+            if (ga == 0) {
+                ge = gf = 0;
+            } else {
+                gf = std::pow(ga, e2), ge = ga / gf;
+            }
+        } else {
+            ge = ga, gf = 1;
+        }
+        const double A = (ta - ge) * style.mix + ge;
+        if (A < 0.0001) {
+            ch[0] = ch[1] = ch[2] = ch[3] = 0; // the shine still applies
+        } else {
+            for (int c = 0; c < 3; ++c) {
+                const double gk = ch[c];
+                ch[c] = static_cast<float>(((Byte(s, c) / 255.0 * ta - ge * gk / 255.0) * style.mix +
+                                            ge * gk / 255.0) * 255.0 / A);
+            }
+            ch[3] = static_cast<float>(A * 255.0 * tf * gf);
+        }
+    }
+    if (p.shineWidth != 0) {
+        float a = -static_cast<float>(p.shineAngle) - rotation;
+        if (-0.001f < a && a < 0.001f) {
+            a = 0.001f;
+        }
+        const float t = std::tan(a), b = (H2 - t * W2) * 0.5f;
+        const float shift = std::sqrt(H2 * H2 + W2 * W2) * 0.5f * static_cast<float>(p.shinePosition);
+        const float sx = u + std::cos(a + 1.570796325f) * shift;
+        const float sy = v + std::sin(a + 1.570796325f) * shift;
+        const float hd = std::fabs((sy - b) / t - sx), vd = std::fabs(sx * t + b - sy);
+        const float s = hd + vd == 0 ? 0.0f : hd * vd / std::sqrt(hd * hd + vd * vd);
+        const float width = static_cast<float>(p.shineWidth);
+        if (width > s) {
+            const float r = s / width;
+            const float k = r < 0.1f   ? 0.75f * r + 0.05f
+                            : r < 0.7f ? 1.25f * r
+                                       : std::min(1.0f, 0.416666f * r + 0.58333f);
+            const float sa = static_cast<float>(Byte(p.shineColour, 3));
+            const float alpha = k * ch[3] + (1 - k) * sa;
+            for (int c = 0; c < 3; ++c) {
+                ch[c] = (k * ch[c] * ch[3] + sa * static_cast<float>(Byte(p.shineColour, c)) * (1 - k)) / alpha;
+            }
+            ch[3] = alpha;
+        }
+    }
+    uint32_t pixel = 0;
+    for (int c = 3; c >= 0; --c) {
+        pixel = pixel << 8 | static_cast<uint32_t>(static_cast<int32_t>(ch[c]));
+    }
+    return pixel;
+}
+
+SampledGradientParameters Parameters(double rotation, double shineWidth) {
+    SampledGradientParameters p{};
+    p.angle = rotation;
+    p.corners[0] = 0xFFF01008u;
+    p.corners[1] = 0x80209F30u;
+    p.corners[2] = 0xC000FFFFu;
+    p.corners[3] = 0xFF7F7F7Fu;
+    p.shineWidth = shineWidth;
+    p.shineColour = 0x90FFF0E0u;
+    p.shineAngle = 0.5;
+    p.shinePosition = 0.15;
+    return p;
+}
+
+void ExpectMatchesReference(const Box& box, const SampledGradientParameters& p, TextureCallback cb,
+                            const TextureStyle& style, const char* name) {
+    constexpr int32_t kWidth = 22, kHeight = 15;
+    GuardedImage image(kWidth, kHeight, (kWidth + 1) * 4);
+    RenderClassicGradientSampled(image.Block(), box.x0, box.y0, box.halfWidth, box.halfHeight,
+                                 box.angle, box.originX, box.originY, &p, cb, &style, 0);
+    for (int32_t y = 0; y < kHeight; ++y) {
+        for (int32_t x = 0; x < kWidth; ++x) {
+            ASSERT_EQ(image.At(x, y), ReferencePixel(box, p, cb, style, x, y))
+                << name << " at " << x << "," << y;
+        }
+    }
+    EXPECT_TRUE(image.GuardsIntact()) << name;
+}
+
+TEST(SampledGradient, WithoutCallbackIsTheRotatedFourCornerGradient) {
+    const TextureStyle style{0, 0, 0.7, 0.5, 0.5}; // ignored without a callback
+    const struct {
+        const char* name;
+        Box box;
+        double rotation;
+    } cases[] = {
+        {"upright", {11, 7.5, 11, 7.5, 0.0, 0, 0}, 0.0},
+        {"rotated", {10.2, 6.9, 9, 6, 0.4, 1.5, 2.5}, 0.3},
+        {"box beyond the image", {3, 2, 6, 20, -1.2, 0, 0}, 2.0},
+    };
+    for (const auto& c : cases) {
+        ExpectMatchesReference(c.box, Parameters(c.rotation, 0.0), nullptr, style, c.name);
+        ExpectMatchesReference(c.box, Parameters(c.rotation, 5.0), nullptr, style, c.name);
+    }
+}
+
+TEST(SampledGradient, TextureMixFollowsTheExponentSplit) {
+    const Box box{11, 7, 10, 7, 0.25, -2.3, 4.9};
+    for (double e1 : {1.0, 2.0, 0.0, -1.0, 0.5}) {
+        for (double e2 : {1.0, 0.3, 0.0}) {
+            for (double mix : {0.0, 0.4, 1.0}) {
+                const TextureStyle style{0, 0, mix, e1, e2};
+                ExpectMatchesReference(box, Parameters(0.2, 4.0), PatternTexture, style, "mix");
+            }
+        }
+    }
+}
+
+TEST(SampledGradient, NearlyTransparentMixIsAllZero) {
+    // Full mix of a transparent texture with alpha kept in the mix factor:
+    // A = (0 - ge) * 1 + ge = 0.
+    auto clear = [](int32_t, int32_t, uintptr_t) { return 0x00FFFFFFu; };
+    const TextureStyle style{0, 0, 1.0, 0.0, 0.0};
+    GuardedImage image(5, 4, 20);
+    const auto p = Parameters(0.0, 0.0);
+    RenderClassicGradientSampled(image.Block(), 2.5, 2, 2.5, 2, 0, 0, 0, &p, clear, &style, 0);
+    for (int32_t y = 0; y < 4; ++y) {
+        for (int32_t x = 0; x < 5; ++x) {
+            EXPECT_EQ(image.At(x, y), 0u) << x << "," << y;
+        }
+    }
+}
+
+TEST(SampledGradient, CallbackGetsOriginShiftedCoordinatesAndUserValue) {
+    static int calls;
+    calls = 0;
+    auto check = [](int32_t x, int32_t y, uintptr_t user) {
+        EXPECT_EQ(user, 4242u);
+        EXPECT_GE(x, -7);
+        EXPECT_LT(x, -7 + 4);
+        EXPECT_GE(y, 3);
+        EXPECT_LT(y, 3 + 3);
+        ++calls;
+        return 0xFF000000u;
+    };
+    const TextureStyle style{};
+    const auto p = Parameters(0.0, 0.0);
+    GuardedImage image(4, 3, 16);
+    RenderClassicGradientSampled(image.Block(), 2, 1.5, 2, 1.5, 0, -7.9, 3.1, &p, check, &style, 4242);
+    EXPECT_EQ(calls, 12);
+}
+
+TEST(SampledGradient, NullStyleReadsAsZeroAndNullParametersDoNothing) {
+    const Box box{8, 6, 8, 6, 0.1, 0, 0};
+    const auto p = Parameters(0.3, 3.0);
+    GuardedImage withNull(16, 12, 64), withZero(16, 12, 64);
+    RenderClassicGradientSampled(withNull.Block(), box.x0, box.y0, box.halfWidth, box.halfHeight,
+                                 box.angle, 0, 0, &p, PatternTexture, nullptr, 0);
+    const TextureStyle zero{};
+    RenderClassicGradientSampled(withZero.Block(), box.x0, box.y0, box.halfWidth, box.halfHeight,
+                                 box.angle, 0, 0, &p, PatternTexture, &zero, 0);
+    EXPECT_EQ(withNull.Buffer(), withZero.Buffer());
+
+    GuardedImage untouched(16, 12, 64);
+    RenderClassicGradientSampled(untouched.Block(), 8, 6, 8, 6, 0, 0, 0, nullptr, PatternTexture,
+                                 &zero, 0);
+    EXPECT_TRUE(untouched.Untouched());
+}
+
+TEST(SampledGradient, NegativeStrideStaysInBounds) {
+    const Box box{6, 5, 6, 5, 0.7, 0, 0};
+    const auto p = Parameters(0.1, 2.0);
+    const TextureStyle style{0, 0, 0.5, 0.5, 0.5};
+    GuardedImage image(12, 10, -13 * 4);
+    RenderClassicGradientSampled(image.Block(), box.x0, box.y0, box.halfWidth, box.halfHeight,
+                                 box.angle, 0, 0, &p, PatternTexture, &style, 0);
+    EXPECT_TRUE(image.GuardsIntact());
+    EXPECT_EQ(image.At(11, 9), ReferencePixel(box, p, PatternTexture, style, 11, 9));
+}
+
+} // namespace
