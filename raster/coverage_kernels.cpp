@@ -77,12 +77,18 @@ void FillTriangle(const CoverageTarget& t, const ScreenTriangle& tri, SpanOp op)
 
 template <uint32_t K>
 void ConstantKernelT(const CoverageTarget& t, const ScreenTriangle& tri) {
-    FillTriangle(t, tri, FillSpanConstantT<K>);
+    // A lambda (not the function pointer) lets the span writer inline into
+    // the row loop.
+    FillTriangle(t, tri, [](uint16_t* base, int32_t x0, int32_t x1) {
+        FillSpanConstantT<K>(base, x0, x1);
+    });
 }
 
 template <uint32_t K>
 void ConstantKernelPlainT(const CoverageTarget& t, const ScreenTriangle& tri) {
-    FillTriangle(t, tri, FillSpanConstantPlainT<K>);
+    FillTriangle(t, tri, [](uint16_t* base, int32_t x0, int32_t x1) {
+        FillSpanConstantPlainT<K>(base, x0, x1);
+    });
 }
 
 void GeneralKernel(const CoverageTarget& t, const ScreenTriangle& tri) {

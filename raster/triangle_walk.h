@@ -137,9 +137,10 @@ inline bool SpanColumns(int64_t leftFx, int64_t rightFx, int32_t width, int32_t&
     return true;
 }
 
-// Walks one part (rows [r0, r1)) between a left and a right edge.
+// Walks one part (rows [r0, r1)) between a left and a right edge, leaving
+// both edges on row r1.
 template <class SpanFn>
-void WalkPart(EdgeWalk left, EdgeWalk right, int64_t r0, int64_t r1, int32_t width,
+void WalkPart(EdgeWalk& left, EdgeWalk& right, int64_t r0, int64_t r1, int32_t width,
               SpanFn& fn) {
     for (int64_t r = r0; r < r1; ++r) {
         int32_t x0, x1;
@@ -152,32 +153,33 @@ void WalkPart(EdgeWalk left, EdgeWalk right, int64_t r0, int64_t r1, int32_t wid
 }
 
 // Calls fn(row, x0, x1) for every covered, non-empty span inside the window.
+// The long edge is positioned once and carried from the upper part into the
+// lower one; stepping is exact, so this equals positioning it anew.
 template <class SpanFn>
 void WalkTriangle(const TriangleSetup& s, const WalkWindow& w, SpanFn& fn) {
     const int64_t rowTop = FxCeil(s.yFx[0]);
     const int64_t rowMid = FxCeil(s.yFx[1]);
     const int64_t rowBot = FxCeil(s.yFx[2]);
     const int64_t begin = std::max<int64_t>(rowTop, w.rowBegin);
-    const int64_t split = std::clamp<int64_t>(rowMid, begin, std::max<int64_t>(begin, w.rowEnd));
     const int64_t end = std::min<int64_t>(rowBot, w.rowEnd);
     if (begin >= end) return;
+    const int64_t split = std::clamp<int64_t>(rowMid, begin, end);
     const bool longIsLeft = s.area2 > 0.0;
-    const EdgeWalk longEdge(s.xFx[0], s.yFx[0], s.xFx[2], s.yFx[2], begin);
-    if (begin < std::min(split, end)) {
-        const EdgeWalk upper(s.xFx[0], s.yFx[0], s.xFx[1], s.yFx[1], begin);
+    EdgeWalk longEdge(s.xFx[0], s.yFx[0], s.xFx[2], s.yFx[2], begin);
+    if (begin < split) {
+        EdgeWalk upper(s.xFx[0], s.yFx[0], s.xFx[1], s.yFx[1], begin);
         if (longIsLeft) {
-            WalkPart(longEdge, upper, begin, std::min(split, end), w.width, fn);
+            WalkPart(longEdge, upper, begin, split, w.width, fn);
         } else {
-            WalkPart(upper, longEdge, begin, std::min(split, end), w.width, fn);
+            WalkPart(upper, longEdge, begin, split, w.width, fn);
         }
     }
     if (split < end) {
-        const EdgeWalk longLower(s.xFx[0], s.yFx[0], s.xFx[2], s.yFx[2], split);
-        const EdgeWalk lower(s.xFx[1], s.yFx[1], s.xFx[2], s.yFx[2], split);
+        EdgeWalk lower(s.xFx[1], s.yFx[1], s.xFx[2], s.yFx[2], split);
         if (longIsLeft) {
-            WalkPart(longLower, lower, split, end, w.width, fn);
+            WalkPart(longEdge, lower, split, end, w.width, fn);
         } else {
-            WalkPart(lower, longLower, split, end, w.width, fn);
+            WalkPart(lower, longEdge, split, end, w.width, fn);
         }
     }
 }

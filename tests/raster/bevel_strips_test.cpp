@@ -174,4 +174,32 @@ TEST(BevelStrips, VertexAtShadesFlatWithPreviousIntensity) {
     EXPECT_GT(q.Light(16, ty), ExpectedIntensity(t2, light) - 1);
 }
 
+// Marking with an immediate quad of BandVertex calls equals marking the
+// same two triangles through DrawIndexedToBand.
+TEST(BevelStrips, BandVertexQuadMarksLikeIndexedTriangles) {
+    const double pts[4][2] = {{20, 20}, {20, 76}, {76, 20}, {76, 76}};  // strip order
+    const uint32_t idx[6] = {0, 1, 2, 3, 1, 2};                         // (a, b, c), (d, b, c)
+    std::vector<uint8_t> results[2];
+    for (int variant = 0; variant < 2; ++variant) {
+        Pass p;
+        p.r->DepthBandPass(p.out.data(), 16.0, 0);
+        if (variant == 0) {
+            p.r->Begin();
+            for (const auto& v : pts) p.r->BandVertex(v[0], v[1]);
+        } else {
+            p.r->VertexPointer(2, 0, 16, pts);
+            p.r->DrawIndexedToBand(6, idx);
+        }
+        p.r->Begin();  // a near strip along the top edge, inward
+        p.r->DepthVertex(20, 20, M_PI / 2);
+        p.r->DepthVertex(76, 20, M_PI / 2);
+        p.r->DepthBandPass(nullptr, 0, 0);
+        results[variant] = p.out;
+    }
+    EXPECT_EQ(results[0], results[1]);
+    int ramp = 0;  // pixels between the strip's two ends
+    for (uint8_t v : results[0]) ramp += v > 10 && v < (64770 >> 8) && v != 0xEE;
+    EXPECT_GT(ramp, 10);
+}
+
 }  // namespace

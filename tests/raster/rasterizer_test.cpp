@@ -8,9 +8,12 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <random>
+#include <sstream>
 #include <vector>
 
 #include "coverage_map_util.h"
+#include "raster/rasterizer_impl.h"
 #include "rasterizer_test_util.h"
 
 namespace {
@@ -246,6 +249,44 @@ TEST(Rasterizer, GeometryOutsideTheMapNeverWritesOutside) {
     r->DrawIndexed(4, 6, 0, idx + 3);
     EXPECT_TRUE(map.GuardsIntact());
     for (size_t i = 0; i < map.Bytes() / 2; ++i) ASSERT_EQ(map.Words()[i], 0);
+}
+
+// The word-store constant kernels the rasterizer selects against their
+// plain twins, through the whole DrawIndexed path, from random contents.
+TEST(Rasterizer, FastAndPlainKernelsGiveIdenticalMaps) {
+    std::mt19937 rng(424242);
+    std::uniform_real_distribution<double> c(-6.0, 70.0);
+    for (int n = 0; n < 4000; ++n) {
+        double v[6][2];
+        for (auto& p : v) p[0] = c(rng), p[1] = c(rng);
+        const uint32_t idx[6] = {0, 1, 2, 3, 4, 5};
+        uint8_t map[16];
+        std::memset(map, static_cast<int>(rng() % 16), sizeof map);
+        GuardedMap fast(64, 64), plain(64, 64);
+        const uint32_t seed = rng();
+        for (GuardedMap* m : {&fast, &plain}) {
+            CRasterizer_ r;
+            r.Init(m->Words(), 0, 64, 64, 0);
+            std::mt19937 fill(seed);
+            for (size_t i = 0; i < m->Bytes() / 2; ++i) m->Words()[i] = static_cast<uint16_t>(fill());
+            r.Viewport(0, 0, 2, 2);
+            r.MatrixMode(kGlProjection);
+            r.LoadIdentity();
+            r.Translate(-1, -1, 0);
+            r.MatrixMode(kGlModelView);
+            r.LoadIdentity();
+            r.UsePlainKernels(m == &plain);
+            r.SetNibbleMap(map);
+            r.VertexPointer(2, 0, 16, v);
+            r.DrawIndexed(4, 6, 0, idx);
+        }
+        if (!fast.SameAs(plain)) {
+            std::ostringstream in;
+            in.precision(17);
+            for (const auto& p : v) in << "(" << p[0] << ", " << p[1] << ") ";
+            FAIL() << "k " << int(map[0]) << " fill seed " << seed << " vertices " << in.str();
+        }
+    }
 }
 
 }  // namespace
