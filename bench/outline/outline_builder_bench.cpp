@@ -85,14 +85,17 @@ void BM_BuildPrintableAscii(benchmark::State& state) {
 }
 BENCHMARK(BM_BuildPrintableAscii)->Unit(benchmark::kMillisecond);
 
-// A glyph-like closed contour: a ring of radius 1000 with a gentle wave,
-// z constant as the parser leaves it, and every 500th point pulled across
-// its neighbour so that a small loop forms there.
+// A glyph-like closed contour of n points: a ring whose perimeter grows
+// with n at a fixed point spacing (about 2 units, as 24-point curve pieces
+// at outline size 2048), with a wave of 48 points per period, z constant as
+// the parser leaves it, and every 500th point swapped with its neighbour so
+// that a small loop forms there.
 Coutline WavyRing(std::size_t n) {
     Coutline c;
+    const double radius = 2.0 * static_cast<double>(n) / (2 * std::numbers::pi);
     for (std::size_t i = 0; i < n; ++i) {
         const double a = 2 * std::numbers::pi * static_cast<double>(i) / static_cast<double>(n);
-        const double r = 1000.0 + 20.0 * std::sin(12 * a);
+        const double r = radius + 20.0 * std::sin(2 * std::numbers::pi * static_cast<double>(i) / 48.0);
         c.points.push_back(CPoint3D{r * std::cos(a), r * std::sin(a), -2048.0});
     }
     std::size_t i = 0;
@@ -116,5 +119,17 @@ void BM_LoopsAndSimplify(benchmark::State& state) {
     state.SetComplexityN(state.range(0));
 }
 BENCHMARK(BM_LoopsAndSimplify)->RangeMultiplier(2)->Range(2000, 16000)->Complexity(benchmark::oN)->Unit(benchmark::kMicrosecond);
+
+// The literal restart-from-the-first-edge loop removal, for comparison.
+void BM_LoopsFromStart(benchmark::State& state) {
+    const Coutline ring = WavyRing(static_cast<std::size_t>(state.range(0)));
+    for (auto _ : state) {
+        Coutline c = ring;
+        tr::RemoveLoopsFromStart(c);
+        benchmark::DoNotOptimize(c.points.size());
+    }
+    state.SetComplexityN(state.range(0));
+}
+BENCHMARK(BM_LoopsFromStart)->RangeMultiplier(2)->Range(2000, 16000)->Complexity()->Unit(benchmark::kMicrosecond);
 
 }  // namespace
