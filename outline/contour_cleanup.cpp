@@ -59,24 +59,31 @@ void EraseRange(std::vector<CPoint3D>& p, std::size_t first, std::size_t last) {
             p.begin() + static_cast<std::ptrdiff_t>(last));
 }
 
-// One loop search from the start; true when something was removed.
-bool RemoveFirstLoop(std::vector<CPoint3D>& p) {
+// One loop search with step 1 starting at edge `from` (1-based); edges
+// before it are known to have no crossing in their windows. Returns 0 when
+// nothing was removed, else the first edge whose window may have changed
+// (1 when the points before the loop moved).
+std::size_t RemoveFirstLoop(std::vector<CPoint3D>& p, std::size_t from) {
     const std::size_t n = p.size();
     const std::size_t half = n / 2;
     // 1-based i = 1 .. n-2 against j = i+2 .. min(i+11, n-1).
-    for (std::size_t i = 1; i + 2 <= n; ++i) {
+    for (std::size_t i = from; i + 2 <= n; ++i) {
         const std::size_t jEnd = std::min(i + 1 + kLoopWindow, n - 1);
         for (std::size_t j = i + 2; j <= jEnd; ++j) {
             if (!EdgesCross(p[i - 1], p[i], p[j - 1], p[j])) continue;
             const std::size_t k = j - i;  // loop points p(i+1) .. p(j)
             if (k <= half) {
                 EraseRange(p, i, j);
-            } else if (j != n) {
+                // Points p1 .. p(i) stay where they were: an edge m whose
+                // window ends at p(m+12) <= p(i) sees exactly what it saw.
+                return i > kLoopWindow + 2 ? i - (kLoopWindow + 1) : 1;
+            }
+            if (j != n) {
                 KeepRange(p, i + 1, j - 1);  // drop p1..p(i+1) and p(j)..pn
             } else {
                 EraseRange(p, 0, i + 1);
             }
-            return true;
+            return 1;
         }
     }
     // The closing edge p1 -> pn against edges k = 2 .. n-2.
@@ -87,9 +94,9 @@ bool RemoveFirstLoop(std::vector<CPoint3D>& p) {
         } else {
             EraseRange(p, k, n);  // p(k+1) .. pn
         }
-        return true;
+        return 1;
     }
-    return false;
+    return 0;
 }
 
 // Perpendicular distance of p from the infinite line through a and e;
@@ -132,11 +139,25 @@ void RemoveClosingDuplicate(Coutline& contour) {
     if (pts.front().x == pts.back().x && pts.front().y == pts.back().y) pts.pop_front();
 }
 
+// Every removal restarts the search. Restarting at the first edge whose
+// window the removal touched finds the same first crossing as restarting at
+// edge 1 (the edges before it were crossing-free and still see the same
+// points), which keeps the pass linear for contours with many small loops.
+// RemoveLoopsFromStart is the literal form, kept for comparison.
 void RemoveLoops(Coutline& contour) {
     if (contour.points.size() < 4) return;
     std::vector<CPoint3D> p = ToVector(contour);
     bool changed = false;
-    while (p.size() >= 4 && RemoveFirstLoop(p)) changed = true;
+    std::size_t from = 1;
+    while (p.size() >= 4 && (from = RemoveFirstLoop(p, from)) != 0) changed = true;
+    if (changed) WriteBack(contour, p);
+}
+
+void RemoveLoopsFromStart(Coutline& contour) {
+    if (contour.points.size() < 4) return;
+    std::vector<CPoint3D> p = ToVector(contour);
+    bool changed = false;
+    while (p.size() >= 4 && RemoveFirstLoop(p, 1) != 0) changed = true;
     if (changed) WriteBack(contour, p);
 }
 
@@ -163,26 +184,25 @@ void Simplify(Coutline& contour, double tolerance) {
 }
 
 void Orient(Coutline& contour) {
-    const std::vector<CPoint3D> p = ToVector(contour);
-    const std::size_t n = p.size();
-    if (n == 0) return;
-    std::size_t v = 0;
-    for (std::size_t i = 1; i < n; ++i) {
-        if (p[i].y < p[v].y || (p[i].y == p[v].y && p[i].x > p[v].x)) v = i;
+    using It = std::list<CPoint3D>::const_iterator;
+    const auto& pts = contour.points;
+    if (pts.empty()) return;
+    It v = pts.begin();
+    for (It i = std::next(v); i != pts.end(); ++i) {
+        if (i->y < v->y || (i->y == v->y && i->x > v->x)) v = i;
     }
-    std::size_t prev = (v + n - 1) % n;
-    std::size_t next = (v + 1) % n;
-    const auto area = [&p, v](std::size_t a, std::size_t b) {
-        const CPoint3D& pv = p[v];
-        const CPoint3D& pa = p[a];
-        const CPoint3D& pb = p[b];
-        return (pv.y + pa.y) * (pv.x - pa.x) + (pb.x - pv.x) * (pb.y + pv.y) +
-               (pa.x - pb.x) * (pb.y + pa.y);
+    const auto back = [&pts](It i) { return i == pts.begin() ? std::prev(pts.end()) : std::prev(i); };
+    const auto forward = [&pts](It i) { return std::next(i) == pts.end() ? pts.begin() : std::next(i); };
+    const auto area = [v](It a, It b) {
+        return (v->y + a->y) * (v->x - a->x) + (b->x - v->x) * (b->y + v->y) +
+               (a->x - b->x) * (b->y + a->y);
     };
+    It prev = back(v);
+    It next = forward(v);
     double s = area(prev, next);
     while (std::fabs(s) <= kCollinearArea) {
-        prev = (prev + n - 1) % n;
-        next = (next + 1) % n;
+        prev = back(prev);
+        next = forward(next);
         if (prev == v || next == v || prev == next) break;
         s = area(prev, next);
     }

@@ -18,6 +18,10 @@ void RemoveClosingDuplicate(Coutline& contour);
 // each removal. No intersection point is inserted.
 void RemoveLoops(Coutline& contour);
 
+// The same pass restarting literally at the first edge after every removal;
+// quadratic in the number of loops, kept as the reference for RemoveLoops.
+void RemoveLoopsFromStart(Coutline& contour);
+
 // Removes points lying closer than tolerance to the line that joins an anchor
 // to a later point (see contour_cleanup.cpp). Nothing when tolerance is 0.
 void Simplify(Coutline& contour, double tolerance);

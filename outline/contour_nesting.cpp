@@ -17,10 +17,13 @@ std::list<CContourGroup> Nest(std::list<Coutline>& contours) {
     byIndex.reserve(contours.size());
     for (Coutline& contour : contours) byIndex.push_back(&contour);
     const std::size_t n = byIndex.size();
+    std::vector<ContourArray> arrays;
+    arrays.reserve(n);
+    for (const Coutline* contour : byIndex) arrays.emplace_back(*contour);
     std::vector<std::uint32_t> relations(n * n, kRelationDisjoint);
     for (std::size_t i = 0; i < n; ++i) {
         for (std::size_t j = i + 1; j < n; ++j) {
-            const std::uint32_t code = Relation(*byIndex[i], *byIndex[j]);
+            const std::uint32_t code = Relation(arrays[i], arrays[j]);
             relations[i * n + j] = code;
             relations[j * n + i] = MirrorRelation(code);
         }

@@ -13,11 +13,22 @@
 
 namespace tr {
 
-bool PointInside(const Coutline& contour, double x, double y) {
+ContourArray::ContourArray(const Coutline& contour)
+    : points(contour.points.begin(), contour.points.end()) {
+    for (const CPoint3D& p : points) {
+        if (&p == points.data() || p.y < minY) minY = p.y;
+        if (&p == points.data() || p.y > maxY) maxY = p.y;
+    }
+}
+
+// An edge counts only for cur.y <= y < prev.y or prev.y <= y < cur.y, so no
+// edge counts for y outside [minY, maxY): the early answer is exact.
+bool PointInside(const ContourArray& contour, double x, double y) {
+    const std::vector<CPoint3D>& p = contour.points;
+    if (p.empty() || !(y >= contour.minY && y < contour.maxY)) return false;
     bool inside = false;
-    if (contour.points.empty()) return false;
-    const CPoint3D* prev = &contour.points.back();
-    for (const CPoint3D& cur : contour.points) {
+    const CPoint3D* prev = &p.back();
+    for (const CPoint3D& cur : p) {
         if ((cur.y <= y && y < prev->y) || (prev->y <= y && y < cur.y)) {
             const double xi = (prev->x - cur.x) * (y - cur.y) / (prev->y - cur.y) + cur.x;
             if (xi > x) inside = !inside;
@@ -27,7 +38,11 @@ bool PointInside(const Coutline& contour, double x, double y) {
     return inside;
 }
 
-std::uint32_t Relation(const Coutline& a, const Coutline& b) {
+bool PointInside(const Coutline& contour, double x, double y) {
+    return PointInside(ContourArray(contour), x, y);
+}
+
+std::uint32_t Relation(const ContourArray& a, const ContourArray& b) {
     if (a.points.empty() || b.points.empty()) return kRelationDisjoint;
     bool someInside = false;
     bool someOutside = false;
@@ -42,6 +57,10 @@ std::uint32_t Relation(const Coutline& a, const Coutline& b) {
     if (someInside) return kRelationInside;
     const CPoint3D& first = b.points.front();
     return PointInside(a, first.x, first.y) ? kRelationContains : kRelationDisjoint;
+}
+
+std::uint32_t Relation(const Coutline& a, const Coutline& b) {
+    return Relation(ContourArray(a), ContourArray(b));
 }
 
 }  // namespace tr

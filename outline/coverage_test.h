@@ -31,6 +31,17 @@ bool PointInside(const Coutline& contour, double x, double y);
 
 std::uint32_t Relation(const Coutline& a, const Coutline& b);
 
+// A contour's points in one array with their vertical extent: the form in
+// which nesting tests each pair. Same arithmetic as the list forms above.
+struct ContourArray {
+    explicit ContourArray(const Coutline& contour);
+    std::vector<CPoint3D> points;
+    double minY = 0.0;
+    double maxY = 0.0;
+};
+bool PointInside(const ContourArray& contour, double x, double y);
+std::uint32_t Relation(const ContourArray& a, const ContourArray& b);
+
 // The relation of j to i given that of i to j.
 constexpr std::uint32_t MirrorRelation(std::uint32_t code) {
     return code == kRelationInside ? kRelationContains

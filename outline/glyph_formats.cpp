@@ -20,7 +20,6 @@ constexpr std::size_t kCurveHeaderSize = 4;
 constexpr std::size_t kFixedPointSize = 8;
 constexpr std::size_t kPolygonsHeaderSize = 56;
 constexpr std::size_t kPolygonsCountOffset = 8;
-constexpr std::size_t kPolygonContourHeaderSize = 8;
 constexpr double kFixedScale = 65536.0;
 
 enum : std::uint16_t { kLineRecord = 1, kQuadraticRecord = 2, kCubicRecord = 3 };
@@ -30,7 +29,6 @@ public:
     GlyphReader(const std::uint8_t* data, std::size_t length) : data_(data), length_(length) {}
 
     std::size_t Left() const { return length_ - offset_; }
-    std::size_t Offset() const { return offset_; }
     bool Has(std::size_t bytes) const { return bytes <= Left(); }
 
     template <typename T>
@@ -39,12 +37,6 @@ public:
         std::memcpy(&value, data_ + offset_, sizeof(T));
         offset_ += sizeof(T);
         return true;
-    }
-    template <typename T>
-    T PeekAt(std::size_t offset) const {  // caller checked the bounds
-        T value;
-        std::memcpy(&value, data_ + offset, sizeof(T));
-        return value;
     }
     bool Skip(std::size_t bytes) {
         if (!Has(bytes)) return false;

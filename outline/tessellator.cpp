@@ -18,6 +18,8 @@
 
 #include <GL/glu.h>
 
+#include <atomic>
+#include <chrono>
 #include <cmath>
 #include <deque>
 
@@ -46,6 +48,31 @@ TessellationState& State() {
     static TessellationState state;
     return state;
 }
+
+std::atomic<bool> timingOn{false};
+TessellationStats stats;  // under the tessellation lock
+
+// Adds the lifetime of the scope to the stats when timing is on; declared
+// after the lock is taken, so it runs under it.
+class ScopedTiming {
+public:
+    ScopedTiming() : on_(timingOn.load(std::memory_order_relaxed)) {
+        if (on_) start_ = std::chrono::steady_clock::now();
+    }
+    ~ScopedTiming() {
+        if (!on_) return;
+        const auto elapsed = std::chrono::steady_clock::now() - start_;
+        stats.nanoseconds += static_cast<std::uint64_t>(
+            std::chrono::duration_cast<std::chrono::nanoseconds>(elapsed).count());
+        ++stats.calls;
+    }
+    ScopedTiming(const ScopedTiming&) = delete;
+    ScopedTiming& operator=(const ScopedTiming&) = delete;
+
+private:
+    bool on_;
+    std::chrono::steady_clock::time_point start_;
+};
 
 // Every callback is registered through GLU's generic function type.
 template <typename F>
@@ -128,6 +155,7 @@ double SideLength(const CPoint3D& a, const CPoint3D& b) {
 
 void Tessellate(CContourGroup& group) {
     vantor::threads::ScopedLock lock(TessellationLock(), "tessellation");
+    const ScopedTiming timing;
     TessellationState& state = State();
     state.group = &group;
     state.vertexIndex = 0;
@@ -164,6 +192,7 @@ void Tessellate(CContourGroup& group) {
 std::list<Coutline> Boundary(const Coutline& path, std::uint32_t flags, std::uint32_t options) {
     std::list<Coutline> output;
     vantor::threads::ScopedLock lock(TessellationLock(), "tessellation");
+    const ScopedTiming timing;
     TessellationState& state = State();
     state.vertices.assign(path.points.begin(), path.points.end());
     state.output = &output;
@@ -199,6 +228,15 @@ std::list<Coutline> Boundary(const Coutline& path, std::uint32_t flags, std::uin
     state.vertices.clear();
     state.output = nullptr;
     return output;
+}
+
+void EnableTessellationTiming(bool on) { timingOn.store(on, std::memory_order_relaxed); }
+
+TessellationStats TakeTessellationStats() {
+    vantor::threads::ScopedLock lock(TessellationLock(), "tessellation");
+    const TessellationStats taken = stats;
+    stats = TessellationStats{};
+    return taken;
 }
 
 bool IsSliver(const Coutline& contour) {

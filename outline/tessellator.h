@@ -29,4 +29,13 @@ std::list<Coutline> Boundary(const Coutline& path, std::uint32_t flags, std::uin
 // table (see tessellator.cpp).
 bool IsSliver(const Coutline& contour);
 
+// Time spent in Tessellate and Boundary (GLU and its callbacks), for
+// profiling; off by default, then costing one relaxed load per call.
+struct TessellationStats {
+    std::uint64_t calls = 0;
+    std::uint64_t nanoseconds = 0;
+};
+void EnableTessellationTiming(bool on);
+TessellationStats TakeTessellationStats();  // and reset
+
 }  // namespace tr

@@ -90,6 +90,27 @@ TEST(ContourCleanup, LoopRemovalLooksTenEdgesAhead) {
     EXPECT_EQ(contour.points.size(), far.size());
 }
 
+TEST(ContourCleanup, ResumedLoopRemovalMatchesTheRestartFromTheStart) {
+    // Random walks with frequent self-crossings, many loops per contour.
+    std::mt19937 rng(1234);
+    std::uniform_real_distribution<double> step(-3.0, 3.0);
+    std::uniform_int_distribution<int> length(4, 400);
+    for (int trial = 0; trial < 3000; ++trial) {
+        std::vector<XY> walk;
+        double x = 0, y = 0;
+        const int n = length(rng);
+        for (int i = 0; i < n; ++i) {
+            x += step(rng) + 0.3;  // a drift keeps some contours loop-free
+            y += step(rng);
+            walk.push_back({std::round(x * 8) / 8, std::round(y * 8) / 8});  // ties and touches
+        }
+        Coutline fast = Make(walk), plain = Make(walk);
+        RemoveLoops(fast);
+        RemoveLoopsFromStart(plain);
+        ASSERT_EQ(Points(fast), Points(plain)) << "trial " << trial << ", " << n << " points";
+    }
+}
+
 TEST(ContourCleanup, SimplificationTolerance) {
     // (1, 0.004) lies 0.004 from the line (0,0)-(2,0).
     const std::vector<XY> in = {{0, 0}, {1, 0.004}, {2, 0}, {2, 2}, {0, 2}, {0, 1}};
