@@ -55,6 +55,13 @@ public:
     // Host rectangle for slots 0-15 that hold an applicator; else nothing.
     void SetRectangle(int32_t slot, const ExplicitRectangle& rectangle);
 
+    // Installs an applicator the caller made (the painter owns it from now
+    // on) in slot 0-16; other numbers select slot 1. The slot's previous
+    // applicator is deleted.
+    void InstallApplicator(int32_t slot, CColorApplicator* applicator) {
+        Install(SelectStackSlot(slot), applicator);
+    }
+
     // Fills every empty slot 0-15 with a null colour (slot 16 stays empty).
     void FillEmptySlotsWithNullColors();
 
