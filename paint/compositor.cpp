@@ -2,6 +2,7 @@
 // the footprint fast path, the counted path and the plain per-sample twin.
 #include "paint/compositor.h"
 
+#include <bit>
 #include <cmath>
 
 #include "paint/coverage_footprint.h"
@@ -18,18 +19,17 @@ void GatherSlots(const CPainter& painter, CColorApplicator* slots[kNumberCount])
 
 namespace {
 
-// The counted path of one pixel: counts per number in a byte array, then
-// one ShadeAt per present number 2-15 in increasing order.
+// The counted path of one pixel: counts of the present numbers, then one
+// ShadeAt per present number 2-15 in increasing order.
 uint32_t CompositeCounted(const FootprintWords& f, CColorApplicator* const* slots, int32_t x,
                           int32_t y, uint32_t target, int32_t blendMode) {
-    uint8_t counts[kNumberCount] = {};
-    ForEachFootprintSample(f, [&counts](uint32_t n) { ++counts[n]; });
-    const int32_t painted = kFootprintSamples - counts[0] - counts[1];
+    uint8_t counts[kNumberCount];
+    uint32_t painted = CountFootprint(f, counts) & ~((1u << kFirstPaintedNumber) - 1);
     if (painted == 0) return target;
     ShadedSums sums;
-    sums.painted = painted;
-    for (uint32_t i = kFirstPaintedNumber; i < kNumberCount; ++i) {
-        if (counts[i] == 0) continue;
+    for (uint32_t m = painted; m != 0; m &= m - 1) sums.painted += counts[std::countr_zero(m)];
+    for (; painted != 0; painted &= painted - 1) {
+        const int i = std::countr_zero(painted);
         const float alpha = slots[i]->ShadeAt(x, y);
         AccumulateShade(sums, counts[i], alpha, slots[i]->color);
     }
