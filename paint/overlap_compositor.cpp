@@ -4,6 +4,10 @@
 // One core, instantiated per count class with arrays sized for the class;
 // the two-character class settles joined ties that no layer value decides
 // in favour of the first character, the others give such samples to nobody.
+// A pixel where every character's footprint is uniform (interiors and the
+// empty margins of the image boxes) is decided once for all 48 samples;
+// the others are unpacked to one number per sample and decided sample by
+// sample.
 #include "paint/overlap_compositor.h"
 
 #include <algorithm>
@@ -73,46 +77,103 @@ int32_t SettleJoinedTie(OverlapPixel<kMax>& px, const OverlapCharacter* chars, i
     return owner;
 }
 
+// Owner of sample s (−1 for none) and its number: the highest number, the
+// first listed on a tie, or the joined-tie rule.
 template <int32_t kMax, bool kTieToFirst>
-void AssignOwners(OverlapPixel<kMax>& px, const OverlapCharacter* chars, int32_t count,
-                  uint32_t joined) {
-    for (int32_t s = 0; s < kFootprintSamples; ++s) {
-        uint32_t n = px.samples[0][s];
-        int32_t owner = 0;
-        bool tied = false;
-        for (int32_t c = 1; c < count; ++c) {
-            const uint32_t v = px.samples[c][s];
-            if (v > n) {
-                n = v;
-                owner = c;
-                tied = false;
-            } else if (v == n) {
-                tied = true;
-            }
+inline int32_t OwnerOfSample(OverlapPixel<kMax>& px, const OverlapCharacter* chars, int32_t count,
+                             uint32_t joined, int32_t s, uint32_t* number) {
+    uint32_t n = px.samples[0][s];
+    int32_t owner = 0;
+    bool tied = false;
+    for (int32_t c = 1; c < count; ++c) {
+        const uint32_t v = px.samples[c][s];
+        if (v > n) {
+            n = v;
+            owner = c;
+            tied = false;
+        } else if (v == n) {
+            tied = true;
         }
-        if (tied && (joined >> n & 1u))
-            owner = SettleJoinedTie<kMax, kTieToFirst>(px, chars, count, s, n);
-        if (owner >= 0) ++px.counts[owner][n];
     }
+    if (tied && (joined >> n & 1u)) {
+        owner = SettleJoinedTie<kMax, kTieToFirst>(px, chars, count, s, n);
+    }
+    *number = n;
+    return owner;
+}
+
+// Counts every sample for its owner. Neighbouring samples mostly share owner
+// and number, so runs are summed in registers and stored once per run
+// rather than incrementing one counter 48 times through memory.
+template <int32_t kMax, bool kTieToFirst>
+void CountOwners(OverlapPixel<kMax>& px, const OverlapCharacter* chars, int32_t count,
+                 uint32_t joined) {
+    int32_t runOwner = -1;
+    uint32_t runNumber = 0;
+    uint32_t run = 0;
+    for (int32_t s = 0; s < kFootprintSamples; ++s) {
+        uint32_t n;
+        const int32_t owner = OwnerOfSample<kMax, kTieToFirst>(px, chars, count, joined, s, &n);
+        if (owner == runOwner && n == runNumber) {
+            ++run;
+            continue;
+        }
+        if (runOwner >= 0) px.counts[runOwner][runNumber] += static_cast<uint8_t>(run);
+        runOwner = owner;
+        runNumber = n;
+        run = 1;
+    }
+    if (runOwner >= 0) px.counts[runOwner][runNumber] += static_cast<uint8_t>(run);
+}
+
+// When every character's footprint is uniform, all 48 samples see the same
+// numbers, so one ownership decision stands for all of them: the owner gets
+// 48 samples of its number, exactly what the per-sample loop would count.
+// Returns false (nothing decided) when some footprint is not uniform.
+template <int32_t kMax, bool kTieToFirst>
+bool CompositeUniformFootprints(OverlapPixel<kMax>& px, const OverlapCharacter* chars,
+                                int32_t count, uint32_t joined, const FootprintWords* words,
+                                uint32_t& target, int32_t blendMode) {
+    for (int32_t c = 0; c < count; ++c) {
+        uint32_t n;
+        if (!IsUniformFootprint(words[c], &n)) return false;
+        px.samples[c][0] = static_cast<uint8_t>(n);
+    }
+    uint32_t n;
+    const int32_t owner = OwnerOfSample<kMax, kTieToFirst>(px, chars, count, joined, 0, &n);
+    if (owner < 0 || n < kFirstPaintedNumber) return true;  // P = 0
+    ShadedSums sums;
+    sums.painted = kFootprintSamples;
+    CColorApplicator* applicator = chars[owner].slots[n];
+    const float alpha = applicator->ShadeAt(px.x[owner], px.y[owner]);
+    AccumulateShade(sums, kFootprintSamples, alpha, applicator->color);
+    target = BlendCounted(target, sums, blendMode);
+    return true;
 }
 
 template <int32_t kMax, bool kTieToFirst>
 uint32_t CompositeOverlapPixel(OverlapPixel<kMax>& px, const OverlapCharacter* chars, int32_t count,
                                uint32_t joined, int32_t tx, int32_t ty, uint32_t target,
                                int32_t blendMode) {
+    FootprintWords words[kMax];
     for (int32_t c = 0; c < count; ++c) {
         const CPainter& painter = *chars[c].painter;
         px.x[c] = tx - chars[c].originX;
         px.y[c] = ty - chars[c].originY;
-        const FootprintWords f =
-            LoadFootprint(CoveragePixel(painter, px.x[c], px.y[c]), painter.coveragePitch16);
-        int32_t s = 0;
-        ForEachFootprintSample(f,
-                               [&](uint32_t n) { px.samples[c][s++] = static_cast<uint8_t>(n); });
-        std::fill(px.counts[c], px.counts[c] + kNumberCount, uint8_t{0});
+        words[c] = LoadFootprint(CoveragePixel(painter, px.x[c], px.y[c]), painter.coveragePitch16);
         px.layerKnown[c] = 0;
     }
-    AssignOwners<kMax, kTieToFirst>(px, chars, count, joined);
+    if (CompositeUniformFootprints<kMax, kTieToFirst>(px, chars, count, joined, words, target,
+                                                      blendMode)) {
+        return target;
+    }
+    for (int32_t c = 0; c < count; ++c) {
+        int32_t s = 0;
+        ForEachFootprintSample(words[c],
+                               [&](uint32_t n) { px.samples[c][s++] = static_cast<uint8_t>(n); });
+        std::fill(px.counts[c], px.counts[c] + kNumberCount, uint8_t{0});
+    }
+    CountOwners<kMax, kTieToFirst>(px, chars, count, joined);
     ShadedSums sums;
     for (int32_t c = 0; c < count; ++c) {
         for (uint32_t i = kFirstPaintedNumber; i < kNumberCount; ++i)

@@ -187,7 +187,7 @@ Scene MakeScene(std::mt19937& rng, int iteration) {
     scene.clipW = 40;
     scene.clipH = 40;
     scene.mode = range(0, 2);
-    const int count = range(2, 30);
+    const int count = range(0, 1) ? range(2, 4) : range(2, 30);  // few: more uniform pixels
     const CompositeRect common{range(4, 20), range(4, 20), range(1, 10), range(1, 10)};
     scene.rect = {common.x - range(0, 2), common.y - range(0, 2), common.width + range(0, 4),
                   common.height + range(0, 4)};
@@ -204,7 +204,7 @@ Scene MakeScene(std::mt19937& rng, int iteration) {
         // Coverage pixel range that keeps `common` in the readable interior.
         const int32_t ox = range(common.x + common.width - w + 1, common.x - 1);
         const int32_t oy = range(common.y + common.height - h + 1, common.y - 1);
-        const int block = range(1, 4);
+        const int block = range(1, 8);
         const uint32_t seed = rng();
         for (int32_t sy = 0; sy < 4 * h; ++sy) {
             for (int32_t sx = 0; sx < 4 * w; ++sx) {
