@@ -206,11 +206,12 @@ Scene MakeScene(std::mt19937& rng, int iteration) {
         const int32_t oy = range(common.y + common.height - h + 1, common.y - 1);
         const int block = range(1, 8);
         const uint32_t seed = rng();
+        const bool noisy = range(0, 1) == 0;
         for (int32_t sy = 0; sy < 4 * h; ++sy) {
             for (int32_t sx = 0; sx < 4 * w; ++sx) {
                 uint32_t v =
                     palette[testing_support::Hash(seed, sx / 4 / block, sy / 4 / block) & 3];
-                if (range(0, 19) == 0) v = palette[range(0, 3)];
+                if (noisy && range(0, 19) == 0) v = palette[range(0, 3)];
                 ch->SetSample(sx, sy, v);
             }
         }
