@@ -176,8 +176,9 @@ uint32_t CompositeOverlapPixel(OverlapPixel<kMax>& px, const OverlapCharacter* c
     CountOwners<kMax, kTieToFirst>(px, chars, count, joined);
     ShadedSums sums;
     for (int32_t c = 0; c < count; ++c) {
-        for (uint32_t i = kFirstPaintedNumber; i < kNumberCount; ++i)
+        for (uint32_t i = kFirstPaintedNumber; i < kNumberCount; ++i) {
             sums.painted += px.counts[c][i];
+        }
     }
     if (sums.painted == 0) return target;
     for (uint32_t i = kFirstPaintedNumber; i < kNumberCount; ++i) {
