@@ -1,8 +1,10 @@
 // paint/painter.cpp — CPainter slot table and setters.
 #include "paint/painter.h"
 
+#include <cmath>
 #include <new>
 
+#include "paint/numeric.h"
 #include "paint/shader_mixer.h"
 #include "paint/soft_shadow.h"
 #include "paint/stack_painter.h"
@@ -79,4 +81,74 @@ void CPainter::FillEmptySlotsWithNullColors() {
 
 CColorApplicator* CPainter::GetSlot(int32_t slot) const {
     return (slot >= 0 && slot < kSlotCount) ? slots_[slot] : nullptr;
+}
+
+void CPainter::BindTarget(int32_t width, int32_t height, uint16_t* coverageBuffer, uint32_t* pixels,
+                          double x, double y, int32_t mode, int32_t pitch,
+                          const PainterRectangle* rectangle, double angle, int32_t clipW,
+                          int32_t clipH, double ratio, const ShaderPoint* faceQuad,
+                          const ShaderPoint* quad, const ShaderPoint& originPoint) {
+    coverageWidth = width;
+    coverageHeight = height;
+    coveragePitch16 = 4 * width;
+    coveragePitch32 = 2 * width;
+    coverage = coverageBuffer;
+    targetPixels = pixels;
+    positionX = x;
+    positionY = y;
+    blendMode = mode;
+    targetPitch = pitch;
+    painterRectangle = rectangle ? *rectangle : PainterRectangle{};
+    painterAngle = angle;
+    clipWidth = clipW;
+    clipHeight = clipH;
+    pixelRatio = ratio;
+    for (int i = 0; i < 4; ++i) {
+        faceExtents[i] = faceQuad ? faceQuad[i] : ShaderPoint{};
+        extents[i] = quad ? quad[i] : ShaderPoint{};
+    }
+    origin = originPoint;
+}
+
+int32_t CPainter::GetOriginColumn() const { return tr::FloorToInt32(positionX); }
+int32_t CPainter::GetOriginRow() const { return tr::FloorToInt32(positionY); }
+
+void CPainter::PrepareStackPainter(CStackPainter& stack) const {
+    ShaderPixel& record = stack.GetPixelRecord();
+    record.targetPixels = targetPixels;
+    record.originX = GetOriginColumn();
+    record.originY = GetOriginRow();
+    record.clipWidth = clipWidth;
+    record.clipHeight = clipHeight;
+    record.targetPitch = targetPitch;
+    record.pixelRatio = pixelRatio;
+    record.coverage = coverage;
+    record.coverageWidth = coverageWidth;
+    record.coverageHeight = coverageHeight;
+    record.painterAngle = painterAngle;
+    for (int i = 0; i < 4; ++i) {
+        record.faceExtents[i] = faceExtents[i];
+        record.extents[i] = extents[i];
+    }
+    record.origin = origin;
+    for (int32_t i = 0; i < stack.ownedCount; ++i) stack.owned[i]->SetPixelRecord(&record);
+}
+
+void CPainter::PrepareApplicators() {
+    for (CColorApplicator* applicator : slots_) {
+        if (!applicator) continue;
+        applicator->opacity = opacity;
+        if (applicator->isStackPainter) {
+            PrepareStackPainter(*static_cast<CStackPainter*>(applicator));
+            continue;
+        }
+        applicator->pixelRatio = pixelRatio;
+        applicator->painterRectangle = painterRectangle;
+        const double theta = -painterAngle - applicator->ownAngle;
+        applicator->sinAngle = std::sin(theta);
+        applicator->cosAngle = std::cos(theta);
+        applicator->originX = GetOriginColumn();
+        applicator->originY = GetOriginRow();
+        applicator->PrepareForCharacter(coverageWidth, coverageHeight, positionX, positionY);
+    }
 }

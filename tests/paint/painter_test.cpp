@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "paint/soft_shadow.h"
 #include "paint/stack_painter.h"
 
@@ -124,6 +126,119 @@ TEST(Painter, SoftShadowFields) {
     EXPECT_EQ(shadow->LayerValueAt(0, 0), 0u);  // no mask yet
     CSoftShadow huge(0, 1e30, 0, 0.0, 0.0f, 0.0);
     EXPECT_EQ(huge.softness, INT32_MAX);
+}
+
+// Records what preparation handed to it.
+class CPreparedProbe final : public CColorApplicator {
+public:
+    void PrepareForCharacter(int32_t w, int32_t h, double x, double y) override {
+        ++calls;
+        args[0] = w, args[1] = h;
+        origin[0] = x, origin[1] = y;
+    }
+    int calls = 0;
+    int32_t args[2] = {};
+    double origin[2] = {};
+};
+
+// A primitive that remembers the pixel record it was bound to.
+class CRecordMixer final : public CShaderMixer_implementation {
+public:
+    const ShaderPixel* Bound() const { return pixel; }
+};
+
+TEST(Painter, BindTargetStoresEverything) {
+    CPainter painter;
+    uint16_t coverage[4 * 6 * 5] = {};
+    uint32_t pixels[4] = {};
+    const PainterRectangle rect{1.5, 2.5, 3.5, 4.5};
+    ShaderPoint faceQuad[4], quad[4];
+    for (int i = 0; i < 4; ++i) {
+        faceQuad[i] = {i + 0.25, -i - 0.5};
+        quad[i] = {10.0 * i, 20.0 * i};
+    }
+    painter.BindTarget(6, 5, coverage, pixels, -1.25, 7.75, 2, 64, &rect, 0.3, 720, 576, 1.0925,
+                       faceQuad, quad, ShaderPoint{8.0, 9.0});
+    EXPECT_EQ(painter.coverageWidth, 6);
+    EXPECT_EQ(painter.coverageHeight, 5);
+    EXPECT_EQ(painter.coveragePitch16, 24);
+    EXPECT_EQ(painter.coveragePitch32, 12);
+    EXPECT_EQ(painter.coverage, coverage);
+    EXPECT_EQ(painter.targetPixels, pixels);
+    EXPECT_EQ(painter.positionX, -1.25);
+    EXPECT_EQ(painter.positionY, 7.75);
+    EXPECT_EQ(painter.blendMode, 2);
+    EXPECT_EQ(painter.targetPitch, 64);
+    EXPECT_EQ(painter.painterRectangle.centreX, 3.5);
+    EXPECT_EQ(painter.painterRectangle.halfHeight, 2.5);
+    EXPECT_EQ(painter.painterAngle, 0.3);
+    EXPECT_EQ(painter.clipWidth, 720);
+    EXPECT_EQ(painter.clipHeight, 576);
+    EXPECT_EQ(painter.pixelRatio, 1.0925);
+    EXPECT_EQ(painter.faceExtents[3].y, -3.5);
+    EXPECT_EQ(painter.extents[2].x, 20.0);
+    EXPECT_EQ(painter.origin.y, 9.0);
+    EXPECT_EQ(painter.GetOriginColumn(), -2);  // floor, not truncation
+    EXPECT_EQ(painter.GetOriginRow(), 7);
+    EXPECT_EQ(painter.GetSlot(0), nullptr);  // slots untouched
+}
+
+TEST(Painter, PrepareApplicators) {
+    CPainter painter;
+    auto* probe = new CPreparedProbe;
+    probe->ownAngle = 0.5;
+    painter.InstallApplicator(4, probe);
+    painter.SetStackPainter(9, 1);
+    auto* mixer = new CRecordMixer;
+    ASSERT_TRUE(painter.AddMixerToSlot(9, mixer));
+    painter.SetSoftShadow(0, 3.0, 0x80000000u, 1.0, 1.0f, 0.0);
+    painter.SetOpacity(0.5);
+    uint16_t coverage[4 * 8 * 7] = {};
+    uint32_t pixels[4] = {};
+    const PainterRectangle rect{10.0, 20.0, 30.0, 40.0};
+    const ShaderPoint quad[4] = {{1, 2}, {3, 4}, {5, 6}, {7, 8}};
+    painter.BindTarget(8, 7, coverage, pixels, 12.5, -3.25, 0, 400, &rect, 0.25, 100, 50, 0.9, quad,
+                       quad, ShaderPoint{-1.0, -2.0});
+    painter.PrepareApplicators();
+
+    EXPECT_EQ(probe->calls, 1);
+    EXPECT_EQ(probe->args[0], 8);
+    EXPECT_EQ(probe->args[1], 7);
+    EXPECT_EQ(probe->origin[0], 12.5);  // the unfloored position
+    EXPECT_EQ(probe->origin[1], -3.25);
+    EXPECT_EQ(probe->opacity, 0.5);
+    EXPECT_EQ(probe->pixelRatio, 0.9);
+    EXPECT_EQ(probe->painterRectangle.halfHeight, 20.0);
+    const double theta = -0.25 - 0.5;
+    EXPECT_EQ(probe->sinAngle, std::sin(theta));
+    EXPECT_EQ(probe->cosAngle, std::cos(theta));
+    EXPECT_EQ(probe->originX, 12);
+    EXPECT_EQ(probe->originY, -4);
+
+    CStackPainter* stack = painter.GetStackPainter(9);
+    EXPECT_EQ(stack->opacity, 0.5);
+    EXPECT_EQ(stack->pixelRatio, 0.0);  // stack painters get the pixel record only
+    EXPECT_EQ(stack->originX, 0);
+    const ShaderPixel& record = stack->GetPixelRecord();
+    EXPECT_EQ(mixer->Bound(), &record);
+    EXPECT_EQ(record.targetPixels, pixels);
+    EXPECT_EQ(record.originX, 12);
+    EXPECT_EQ(record.originY, -4);
+    EXPECT_EQ(record.clipWidth, 100);
+    EXPECT_EQ(record.clipHeight, 50);
+    EXPECT_EQ(record.targetPitch, 400);
+    EXPECT_EQ(record.pixelRatio, 0.9);
+    EXPECT_EQ(record.coverage, coverage);
+    EXPECT_EQ(record.coverageWidth, 8);
+    EXPECT_EQ(record.coverageHeight, 7);
+    EXPECT_EQ(record.painterAngle, 0.25);
+    EXPECT_EQ(record.faceExtents[2].y, 6.0);
+    EXPECT_EQ(record.extents[3].x, 7.0);
+    EXPECT_EQ(record.origin.y, -2.0);
+
+    // The shadow in slot 16 is prepared too: its alpha takes the opacity.
+    EXPECT_EQ(painter.GetSlot(16)->opacity, 0.5);
+    EXPECT_EQ(painter.GetSlot(16)->color.alpha, (128.0f / 255.0f) * 0.5f);
 }
 
 }  // namespace

@@ -1,0 +1,146 @@
+// tests/paint/compositing_test_support.h — test-only: characters with a
+// coverage buffer of their own, deterministic applicators and the blend
+// written straight from its definition.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "paint/color_applicator.h"
+#include "paint/painter.h"
+
+namespace testing_support {
+
+inline uint32_t Hash(uint32_t seed, int32_t x, int32_t y) {
+    uint32_t h = seed * 0x9E3779B1u ^ static_cast<uint32_t>(x) * 0x85EBCA77u ^
+                 static_cast<uint32_t>(y) * 0xC2B2AE3Du;
+    h ^= h >> 15;
+    h *= 0x2C1B3C6Du;
+    h ^= h >> 12;
+    return h;
+}
+
+// Colour and alpha vary with the pixel (fractional values included, alpha
+// exactly 0 or 255 now and then); layer values are often 0 and often equal.
+class CPatternShade final : public CColorApplicator {
+public:
+    explicit CPatternShade(uint32_t seed, bool joins = false) : seed_(seed) {
+        joinsNeighbours = joins ? 1 : 0;
+    }
+    float ShadeAt(int32_t x, int32_t y) override {
+        const uint32_t h = Hash(seed_, x, y);
+        color.c0 = static_cast<float>(h & 0xFF) * 0.75f + 0.3f;
+        color.c1 = static_cast<float>((h >> 8) & 0xFF);
+        color.c2 = static_cast<float>((h >> 4) & 0xFF) * 0.999f;
+        switch ((h >> 16) & 7) {
+            case 0:
+                color.alpha = 0.0f;
+                break;
+            case 1:
+                color.alpha = 255.0f;
+                break;
+            default:
+                color.alpha = static_cast<float>((h >> 20) & 0xFF) * 0.997f + 0.1f;
+        }
+        return color.alpha;
+    }
+    uint32_t LayerValueAt(int32_t x, int32_t y) override {
+        static constexpr uint32_t kValues[4] = {0, 0, 3, 200};
+        return kValues[Hash(seed_ ^ 0xABCDu, x, y) & 3];
+    }
+
+private:
+    uint32_t seed_;
+};
+
+// A character: its own coverage buffer and a painter bound to a target.
+struct TestCharacter {
+    TestCharacter(int32_t w, int32_t h) : width(w), height(h), coverage(size_t(w) * h * 4, 0) {}
+
+    // Sub-sample (sx, sy) by the buffer's addressing rule.
+    void SetSample(int32_t sx, int32_t sy, uint32_t n) {
+        uint16_t& word = coverage[size_t(sy / 4) * 4 * width + size_t(sx / 4) * 4 + sy % 4];
+        const int shift = 12 - 4 * (sx % 4);
+        word = static_cast<uint16_t>((word & ~(0xFu << shift)) | (n << shift));
+    }
+    uint32_t Sample(int32_t sx, int32_t sy) const {
+        return (coverage[size_t(sy / 4) * 4 * width + size_t(sx / 4) * 4 + sy % 4] >>
+                (12 - 4 * (sx % 4))) &
+               0xFu;
+    }
+    void Bind(uint32_t* pixels, int32_t pitchBytes, int32_t clipWidth, int32_t clipHeight, double x,
+              double y, int32_t blendMode) {
+        const PainterRectangle rectangle{};
+        const ShaderPoint quad[4] = {};
+        painter.BindTarget(width, height, coverage.data(), pixels, x, y, blendMode, pitchBytes,
+                           &rectangle, 0.0, clipWidth, clipHeight, 1.0, quad, quad, ShaderPoint{});
+    }
+
+    int32_t width;
+    int32_t height;
+    std::vector<uint16_t> coverage;
+    CPainter painter;
+};
+
+// Sub-sample offsets of the 48-sample footprint of pixel (x, y), relative to
+// sub-sample (4x, 4y): the own column from sub-row −2 to 5, sub-rows 1 and 3
+// of the left pixel, sub-rows 0 and 2 of the right pixel.
+inline std::vector<std::pair<int32_t, int32_t>> FootprintOffsets() {
+    std::vector<std::pair<int32_t, int32_t>> offsets;
+    for (int32_t dy = -2; dy <= 5; ++dy) {
+        for (int32_t dx = 0; dx < 4; ++dx) offsets.push_back({dx, dy});
+    }
+    for (int32_t dx = -4; dx < 0; ++dx) offsets.insert(offsets.end(), {{dx, 1}, {dx, 3}});
+    for (int32_t dx = 4; dx < 8; ++dx) offsets.insert(offsets.end(), {{dx, 0}, {dx, 2}});
+    return offsets;
+}
+
+inline uint32_t RoundByte(float v) {
+    const double r = std::trunc(static_cast<double>(v) + 0.5);
+    if (r < 0.0) return 0;
+    return r > 255.0 ? 255u : static_cast<uint32_t>(r);
+}
+
+inline uint32_t Pack(float c0, float c1, float c2, float alpha) {
+    return RoundByte(c0) | RoundByte(c1) << 8 | RoundByte(c2) << 16 | RoundByte(alpha) << 24;
+}
+
+// The counted blend from its definition: S, C0-C2 and P of the footprint.
+inline uint32_t BlendByDefinition(uint32_t target, float s, const float c[3], int32_t p,
+                                  int32_t blendMode) {
+    const float t[3] = {float(target & 0xFF), float((target >> 8) & 0xFF),
+                        float((target >> 16) & 0xFF)};
+    const float d = float(target >> 24);
+    if (blendMode == 0) {
+        if (s == 0.0f) return target;
+        const float a = s / 48.0f;
+        const float o = d + a - d * a / 255.0f;
+        if (o == 0.0f) return 0;
+        float out[3];
+        for (int j = 0; j < 3; ++j)
+            out[j] = (c[j] / s) * (a / o) + t[j] * ((d - d * a / 255.0f) / o);
+        return Pack(out[0], out[1], out[2], o);
+    }
+    const float u = float(48 - p) * d;
+    const float total = s + u;
+    if (total == 0.0f) return 0;
+    float out[3];
+    for (int j = 0; j < 3; ++j) out[j] = (t[j] * u + c[j]) / total;
+    return Pack(out[0], out[1], out[2], total / 48.0f);
+}
+
+inline std::string Hex(const std::vector<uint16_t>& words, int32_t perLine) {
+    std::string s;
+    char buffer[8];
+    for (size_t i = 0; i < words.size(); ++i) {
+        std::snprintf(buffer, sizeof buffer, "%04x%c", words[i],
+                      (i + 1) % size_t(perLine) == 0 ? '\n' : ' ');
+        s += buffer;
+    }
+    return s;
+}
+
+}  // namespace testing_support

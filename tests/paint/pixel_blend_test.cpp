@@ -1,0 +1,117 @@
+// Tests of the blend arithmetic: the vector blends against their scalar
+// twins on random and extreme sums, the rounding rule, and the nibble-lane
+// counting against a per-sample count.
+#include "paint/pixel_blend.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+#include "paint/coverage_footprint.h"
+
+namespace {
+
+using tr::BlendCounted;
+using tr::BlendCountedScalar;
+using tr::BlendUniform;
+using tr::BlendUniformScalar;
+using tr::RoundToByte;
+using tr::ShadedSums;
+
+TEST(PixelBlend, RoundingRule) {
+    const struct {
+        float in;
+        uint32_t out;
+    } cases[] = {{0.0f, 0},
+                 {0.49f, 0},
+                 {0.5f, 1},
+                 {127.5f, 128},
+                 {254.49f, 254},
+                 {254.5f, 255},
+                 {255.49f, 255},
+                 {255.5f, 255},
+                 {1e30f, 255},
+                 {-0.4f, 0},
+                 {-0.6f, 0},
+                 {-300.0f, 0},
+                 {std::numeric_limits<float>::quiet_NaN(), 0},
+                 {std::numeric_limits<float>::infinity(), 255}};
+    for (const auto& c : cases) EXPECT_EQ(RoundToByte(c.in), c.out) << c.in;
+    // 0.5 is added in double: 0.5 − 2^-25 plus 0.5 stays below 1 in double
+    // but rounds to 1.0f in single precision.
+    const float justBelowHalf = std::nextafter(0.5f, 0.0f);
+    ASSERT_EQ(justBelowHalf + 0.5f, 1.0f);
+    EXPECT_EQ(RoundToByte(justBelowHalf), 0u);
+}
+
+#if TR_BLEND_SSE2
+float RandomValue(std::mt19937& rng, float scale) {
+    switch (rng() % 10) {
+        case 0:
+            return 0.0f;
+        case 1:
+            return scale;
+        case 2:
+            return std::numeric_limits<float>::quiet_NaN();
+        case 3:
+            return -scale * 0.01f * float(rng() % 100);
+        case 4:
+            return std::numeric_limits<float>::denorm_min() * float(rng() % 8);
+        default:
+            return scale * float(rng() % 100000) / 100000.0f;
+    }
+}
+
+TEST(PixelBlend, VectorMatchesScalar) {
+    std::mt19937 rng(99);
+    for (int i = 0; i < 200000; ++i) {
+        const uint32_t target = (rng() % 4 == 0) ? (rng() & 0x00FFFFFFu) : rng();
+        const int32_t mode = static_cast<int32_t>(rng() % 3);
+        ShadedSums sums;
+        sums.painted = static_cast<int32_t>(rng() % 49);
+        sums.s = RandomValue(rng, 48.0f * 255.0f);
+        for (float& c : sums.c) c = RandomValue(rng, 48.0f * 255.0f * 255.0f);
+        ASSERT_EQ(BlendCounted(target, sums, mode), BlendCountedScalar(target, sums, mode))
+            << std::hexfloat << "target " << target << " mode " << mode << " P " << sums.painted
+            << " S " << sums.s << " C " << sums.c[0] << " " << sums.c[1] << " " << sums.c[2];
+        WorkingColor colour;
+        colour.c0 = RandomValue(rng, 255.0f);
+        colour.c1 = RandomValue(rng, 255.0f);
+        colour.c2 = RandomValue(rng, 255.0f);
+        const float alpha = RandomValue(rng, 255.0f);
+        ASSERT_EQ(BlendUniform(target, colour, alpha, mode),
+                  BlendUniformScalar(target, colour, alpha, mode))
+            << std::hexfloat << "target " << target << " mode " << mode << " colour " << colour.c0
+            << " " << colour.c1 << " " << colour.c2 << " alpha " << alpha;
+    }
+}
+#endif
+
+TEST(PixelBlend, NibbleLaneCountsMatchPerSampleCounts) {
+    std::mt19937 rng(5);  // 32-bit results below
+    for (int i = 0; i < 100000; ++i) {
+        // Words drawn from few numbers so that counts are large and varied.
+        const uint32_t palette[3] = {uint32_t(rng() % 16), uint32_t(rng() % 16),
+                                     uint32_t(rng() % 16)};
+        auto word = [&]() -> uint32_t {
+            uint32_t w = 0;
+            for (int k = 0; k < 8; ++k) w |= palette[rng() % 3] << (4 * k);
+            return rng() % 4 == 0 ? uint32_t(rng()) : w;
+        };
+        const tr::FootprintWords f{word(), word(), word(), word(), word(), word(), word(), word()};
+        uint32_t expected[16] = {};
+        tr::ForEachFootprintSample(f, [&expected](uint32_t n) { ++expected[n]; });
+        uint8_t counts[16];
+        const uint32_t present = tr::CountFootprint(f, counts);
+        for (uint32_t n = 0; n < 16; ++n) {
+            ASSERT_EQ((present >> n) & 1u, expected[n] != 0 ? 1u : 0u) << "number " << n;
+            if (expected[n] != 0) {
+                ASSERT_EQ(counts[n], expected[n]) << "number " << n;
+            }
+        }
+    }
+}
+
+}  // namespace

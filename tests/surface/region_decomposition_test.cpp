@@ -1,0 +1,212 @@
+// Tests of DecomposeRegions: the worked cases, and random regions checked
+// pixel by pixel against the plans that cover each pixel.
+#include "surface/region_decomposition.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <random>
+#include <set>
+#include <sstream>
+#include <string>
+
+namespace {
+
+using Plans = std::vector<uint32_t>;
+
+Region MakeRegion(int32_t x, int32_t y, int32_t w, int32_t h, Plans plans) {
+    Region r;
+    r.rect = {x, y, w, h};
+    r.plans = std::move(plans);
+    return r;
+}
+
+std::string Describe(const std::vector<Region>& regions) {
+    std::ostringstream s;
+    for (const Region& r : regions) {
+        s << "(" << r.rect.x << "," << r.rect.y << "," << r.rect.width << "," << r.rect.height
+          << ")[";
+        for (uint32_t p : r.plans) s << p << " ";
+        s << "] ";
+    }
+    return s.str();
+}
+
+TEST(RegionDecomposition, WorkedCases) {
+    const RegionRect clip{0, 0, 100, 100};
+    const struct {
+        const char* name;
+        std::vector<Region> in;
+        std::vector<Region> out;
+    } cases[] = {
+        {"inside the clip", {MakeRegion(3, 4, 5, 6, {7})}, {MakeRegion(3, 4, 5, 6, {7})}},
+        {"side by side: column order",
+         {MakeRegion(0, 0, 10, 10, {1}), MakeRegion(5, 0, 10, 10, {2})},
+         {MakeRegion(0, 0, 5, 10, {1}), MakeRegion(5, 0, 5, 10, {1, 2}),
+          MakeRegion(10, 0, 5, 10, {2})}},
+        {"one above the other: row order",
+         {MakeRegion(0, 0, 10, 10, {1}), MakeRegion(0, 5, 10, 10, {2})},
+         {MakeRegion(0, 0, 10, 5, {1}), MakeRegion(0, 5, 10, 5, {1, 2}),
+          MakeRegion(0, 10, 10, 5, {2})}},
+        {"touching the clip edge",
+         {MakeRegion(100, 0, 10, 10, {1}), MakeRegion(-10, 5, 10, 10, {2})},
+         {}},
+        {"no plans", {MakeRegion(0, 0, 10, 10, {})}, {}},
+        {"no plans adds no edges",
+         {MakeRegion(0, 0, 10, 10, {1}), MakeRegion(5, 5, 10, 10, {})},
+         {MakeRegion(0, 0, 10, 10, {1})}},
+        {"equal rectangles",
+         {MakeRegion(2, 2, 8, 8, {5}), MakeRegion(2, 2, 8, 8, {2, 5})},
+         {MakeRegion(2, 2, 8, 8, {2, 5})}},
+        {"clipped", {MakeRegion(-5, 90, 20, 20, {3})}, {MakeRegion(0, 90, 15, 10, {3})}},
+        // x edges 0 10 20 30 outnumber y edges 0 10 20: the first column's two
+        // cells merge back into the tall region.
+        {"merge down a column",
+         {MakeRegion(0, 0, 10, 20, {1}), MakeRegion(10, 0, 10, 10, {2}),
+          MakeRegion(20, 0, 10, 10, {3})},
+         {MakeRegion(0, 0, 10, 20, {1}), MakeRegion(10, 0, 10, 10, {2}),
+          MakeRegion(20, 0, 10, 10, {3})}},
+        // An empty cell between two cells of equal plans keeps them apart (x
+        // edges 0 10 20 30 40 outnumber y edges 0 10 20 30: column order).
+        {"no merge across a gap",
+         {MakeRegion(0, 0, 10, 10, {1}), MakeRegion(0, 20, 10, 10, {1}),
+          MakeRegion(10, 0, 30, 10, {2}), MakeRegion(20, 0, 10, 10, {2})},
+         {MakeRegion(0, 0, 10, 10, {1}), MakeRegion(0, 20, 10, 10, {1}),
+          MakeRegion(10, 0, 10, 10, {2}), MakeRegion(20, 0, 10, 10, {2}),
+          MakeRegion(30, 0, 10, 10, {2})}},
+        // Row order merges along rows: x edges 0 10 (2) < y edges 0 10 20 30.
+        {"merge along a row",
+         {MakeRegion(0, 0, 10, 30, {4}), MakeRegion(0, 10, 10, 10, {1})},
+         {MakeRegion(0, 0, 10, 10, {4}), MakeRegion(0, 10, 10, 10, {1, 4}),
+          MakeRegion(0, 20, 10, 10, {4})}},
+    };
+    for (const auto& c : cases) {
+        std::vector<Region> regions = c.in;
+        DecomposeRegions(regions, clip);
+        ASSERT_EQ(regions.size(), c.out.size()) << c.name << ": " << Describe(regions);
+        for (size_t i = 0; i < regions.size(); ++i) {
+            EXPECT_EQ(regions[i].rect.x, c.out[i].rect.x) << c.name << " #" << i;
+            EXPECT_EQ(regions[i].rect.y, c.out[i].rect.y) << c.name << " #" << i;
+            EXPECT_EQ(regions[i].rect.width, c.out[i].rect.width) << c.name << " #" << i;
+            EXPECT_EQ(regions[i].rect.height, c.out[i].rect.height) << c.name << " #" << i;
+            EXPECT_EQ(regions[i].plans, c.out[i].plans) << c.name << " #" << i;
+        }
+    }
+}
+
+// Plans covering each pixel of the clip, straight from the definition.
+std::map<std::pair<int, int>, Plans> ExpectedPixels(const std::vector<Region>& in,
+                                                    const RegionRect& clip) {
+    std::map<std::pair<int, int>, Plans> pixels;
+    for (int y = clip.y; y < clip.y + clip.height; ++y) {
+        for (int x = clip.x; x < clip.x + clip.width; ++x) {
+            std::set<uint32_t> plans;
+            for (const Region& r : in) {
+                if (x >= r.rect.x && x < r.rect.x + r.rect.width && y >= r.rect.y &&
+                    y < r.rect.y + r.rect.height) {
+                    plans.insert(r.plans.begin(), r.plans.end());
+                }
+            }
+            if (!plans.empty()) pixels[{x, y}] = Plans(plans.begin(), plans.end());
+        }
+    }
+    return pixels;
+}
+
+// Column order when the clipped regions with plans have at least as many
+// distinct x edges as y edges.
+bool ExpectColumnOrder(const std::vector<Region>& in, const RegionRect& clip) {
+    std::set<int> xs, ys;
+    for (const Region& r : in) {
+        const RegionRect& a = r.rect;
+        if (r.plans.empty() || a.x + a.width <= clip.x || a.x >= clip.x + clip.width ||
+            a.y + a.height <= clip.y || a.y >= clip.y + clip.height) {
+            continue;
+        }
+        xs.insert({std::max(a.x, clip.x), std::min(a.x + a.width, clip.x + clip.width)});
+        ys.insert({std::max(a.y, clip.y), std::min(a.y + a.height, clip.y + clip.height)});
+    }
+    return xs.size() >= ys.size();
+}
+
+void CheckAgainstPixels(const std::vector<Region>& in, const RegionRect& clip,
+                        const std::vector<Region>& out, const std::string& input) {
+    const auto expected = ExpectedPixels(in, clip);
+    std::map<std::pair<int, int>, Plans> got;
+    for (const Region& r : out) {
+        ASSERT_GT(r.rect.width, 0) << input;
+        ASSERT_GT(r.rect.height, 0) << input;
+        ASSERT_FALSE(r.plans.empty()) << input;
+        ASSERT_TRUE(std::is_sorted(r.plans.begin(), r.plans.end())) << input;
+        ASSERT_EQ(std::adjacent_find(r.plans.begin(), r.plans.end()), r.plans.end()) << input;
+        for (int y = r.rect.y; y < r.rect.y + r.rect.height; ++y) {
+            for (int x = r.rect.x; x < r.rect.x + r.rect.width; ++x) {
+                ASSERT_TRUE(got.emplace(std::make_pair(x, y), r.plans).second)
+                    << "pixel " << x << "," << y << " covered twice; " << input;
+            }
+        }
+    }
+    ASSERT_EQ(got, expected) << input << "\n -> " << Describe(out);
+}
+
+// Output follows cell order and nothing that could merge was left apart.
+void CheckOrderAndMerge(bool columnOrder, const std::vector<Region>& out,
+                        const std::string& input) {
+    for (size_t i = 1; i < out.size(); ++i) {
+        const RegionRect& a = out[i - 1].rect;
+        const RegionRect& b = out[i].rect;
+        const auto ka = columnOrder ? std::make_pair(a.x, a.y) : std::make_pair(a.y, a.x);
+        const auto kb = columnOrder ? std::make_pair(b.x, b.y) : std::make_pair(b.y, b.x);
+        EXPECT_LT(ka, kb) << input;
+        const bool adjacent = columnOrder
+                                  ? (a.x == b.x && a.width == b.width && a.y + a.height == b.y)
+                                  : (a.y == b.y && a.height == b.height && a.x + a.width == b.x);
+        EXPECT_FALSE(adjacent && out[i - 1].plans == out[i].plans)
+            << "unmerged neighbours #" << i << "; " << input;
+    }
+}
+
+TEST(RegionDecomposition, RandomRegionsMatchPerPixelPlans) {
+    std::mt19937 rng(20261123);
+    auto uniform = [&rng](int lo, int hi) {
+        return std::uniform_int_distribution<int>(lo, hi)(rng);
+    };
+    for (int iteration = 0; iteration < 2000; ++iteration) {
+        const RegionRect clip{uniform(-10, 10), uniform(-10, 10), uniform(0, 50), uniform(0, 50)};
+        std::vector<Region> in;
+        const int count = uniform(0, 9);
+        for (int i = 0; i < count; ++i) {
+            Plans plans;
+            const int planCount = uniform(0, 3) == 0 ? 0 : uniform(1, 3);
+            for (int p = 0; p < planCount; ++p)
+                plans.push_back(static_cast<uint32_t>(uniform(1, 6)));
+            in.push_back(MakeRegion(uniform(-15, 45), uniform(-15, 45), uniform(-2, 30),
+                                    uniform(-2, 30), plans));
+        }
+        const std::string input = "clip (" + std::to_string(clip.x) + "," + std::to_string(clip.y) +
+                                  "," + std::to_string(clip.width) + "," +
+                                  std::to_string(clip.height) + ") regions " + Describe(in);
+        std::vector<Region> out = in;
+        DecomposeRegions(out, clip);
+        CheckAgainstPixels(in, clip, out, input);
+        CheckOrderAndMerge(ExpectColumnOrder(in, clip), out, input);
+        if (HasFatalFailure() || HasNonfatalFailure()) return;
+    }
+}
+
+TEST(RegionDecomposition, ExtremeCoordinatesDoNotOverflow) {
+    std::vector<Region> regions = {MakeRegion(INT32_MAX - 5, INT32_MAX - 5, INT32_MAX, 100, {1}),
+                                   MakeRegion(INT32_MIN, 0, 20, INT32_MAX, {2})};
+    DecomposeRegions(regions, RegionRect{INT32_MAX - 10, 0, INT32_MAX, INT32_MAX});
+    ASSERT_EQ(regions.size(), 1u) << Describe(regions);
+    // The second region ends before the clip starts; the first is cut at the
+    // clip's right edge, 2^32 − 12, which no 32-bit sum could express.
+    EXPECT_EQ(regions[0].rect.x, INT32_MAX - 5);
+    EXPECT_EQ(regions[0].rect.y, INT32_MAX - 5);
+    EXPECT_EQ(regions[0].rect.width, INT32_MAX - 5);
+    EXPECT_EQ(regions[0].rect.height, 5);
+    EXPECT_EQ(regions[0].plans, Plans{1});
+}
+
+}  // namespace
