@@ -2,8 +2,10 @@
 #include "paint/face.h"
 
 #include <cmath>
+#include <cstring>
 #include <new>
 
+#include "outline/outline2.h"
 #include "paint/numeric.h"
 #include "paint/painter.h"
 
@@ -27,6 +29,46 @@ int32_t RoundedSubSize(double size, int32_t margin) {
 }
 
 }  // namespace
+
+void CFace::SetUp(COutline2* outlineValue, double sizeValue, double heightScaleValue,
+                  double widthScaleValue, double slantAValue, double slantBValue,
+                  double rotationValue, double faceXValue, double faceYValue, double taperHValue,
+                  double taperVValue, double shearXValue, double shearYValue) {
+    outline = outlineValue;
+    size = sizeValue;
+    heightScale = heightScaleValue;
+    widthScale = widthScaleValue;
+    slantA = slantAValue;
+    slantB = slantBValue;
+    rotation = rotationValue;
+    faceX = faceXValue;
+    faceY = faceYValue;
+    taperH = taperHValue;
+    taperV = taperVValue;
+    shearX = shearXValue;
+    shearY = shearYValue;
+    dirty = 1;
+    hasOutline = 0;
+    if (!outline || outline->IsEmpty()) return;
+    hasOutline = 1;
+
+    scale = outline->GetOutlineSize() / size * 0.25;
+    // The block header opens with the bounding box: minX, minY, maxX, maxY.
+    double box[4];
+    std::memcpy(box, outline->GetBlock(), sizeof box);
+    const double minX = box[0], minY = box[1], maxX = box[2], maxY = box[3];
+    centreX = (minX + maxX) * 0.5;
+    halfWidth = (maxX - minX) * 0.5;
+    centreY = (minY + maxY) * 0.5;
+    halfHeight = (maxY - minY) * 0.5;
+    painterCentreX = centreX;
+    painterCentreY = centreY;
+    faceExtents[0] = {minX, minY};
+    faceExtents[1] = {maxX, minY};
+    faceExtents[2] = {maxX, maxY};
+    faceExtents[3] = {minX, maxY};
+    for (int i = 0; i < 4; ++i) extents[i] = faceExtents[i];
+}
 
 void CFace::Measure() {
     if (!dirty) return;

@@ -27,6 +27,13 @@ public:
     CFace(const CFace&) = delete;
     CFace& operator=(const CFace&) = delete;
 
+    // Stores the face values and the outline; with a non-empty outline also
+    // the box (centre and half sizes of the outline's bounding box, outline
+    // units), the scale s = outline size ÷ size × 0.25 and the quads.
+    void SetUp(COutline2* outline, double size, double heightScale, double widthScale,
+               double slantA, double slantB, double rotation, double faceX, double faceY,
+               double taperH, double taperV, double shearX, double shearY);
+
     // Computes the image box from the box, margins and face values: slants,
     // scales, shears and rotation widen the box, the margin count adds
     // 8 sub-samples per margin, and the sizes are rounded up to whole
