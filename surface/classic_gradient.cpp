@@ -188,11 +188,7 @@ void ApplyTexture(const TextureRecord& texture, int32_t xTex, int32_t yTex,
 }
 
 void ApplyShine(const ClassicSetup& s, float u, float v, float (&channel)[kChannels]) {
-    const float px = u + s.line.dx;
-    const float py = v + s.line.dy;
-    const float hd = s.line.HorizontalDistance(px, py);
-    const float vd = s.line.VerticalDistance(px, py);
-    const float dist = (hd + vd == 0.0f) ? 0.0f : PerpendicularDistance(hd, vd);
+    const float dist = s.line.DistanceFrom(u, v);
     if (!(s.shineWidth > dist)) {
         return;
     }

@@ -159,11 +159,7 @@ void ApplyTexture(const SampledSetup& s, uint32_t sample, float (&channel)[kChan
 // Shine over a straight-alpha colour: alpha and the alpha-weighted colours
 // are blended, then the colours are divided by the new alpha again.
 void ApplyShine(const SampledSetup& s, float u, float v, float (&channel)[kChannels]) {
-    const float px = u + s.line.dx;
-    const float py = v + s.line.dy;
-    const float hd = s.line.HorizontalDistance(px, py);
-    const float vd = s.line.VerticalDistance(px, py);
-    const float dist = (hd + vd == 0.0f) ? 0.0f : PerpendicularDistance(hd, vd);
+    const float dist = s.line.DistanceFrom(u, v);
     if (!(s.shineWidth > dist)) {
         return;
     }

@@ -137,26 +137,12 @@ void CScript::RecordSetClassicPainter(int32_t slot, const ClassicRecord* classic
 
 void CScript::RecordSetRamp(int32_t slot, const RampRecord& ramp, TextureCallback callback,
                             const TextureStyle& style, const ImageReference* reference) {
-    if (auto* c = Append<CSetRamp>()) {
-        c->slot = slot;
-        c->ramp = ramp;
-        c->callback = callback;
-        c->style = style;
-        c->hasReference = reinterpret_cast<uintptr_t>(reference);
-        c->reference.CopyFrom(reference, referenceSize);
-    }
+    if (auto* c = Append<CSetRamp>()) c->Store(slot, ramp, callback, style, reference, referenceSize);
 }
 
 void CScript::RecordSetBevel(int32_t slot, const BevelRecord& bevel, TextureCallback callback,
                              const TextureStyle& style, const ImageReference* reference) {
-    if (auto* c = Append<CSetBevel>()) {
-        c->slot = slot;
-        c->bevel = bevel;
-        c->callback = callback;
-        c->style = style;
-        c->hasReference = reinterpret_cast<uintptr_t>(reference);
-        c->reference.CopyFrom(reference, referenceSize);
-    }
+    if (auto* c = Append<CSetBevel>()) c->Store(slot, bevel, callback, style, reference, referenceSize);
 }
 
 // Walks the commands in order, tracking the face offsets of the latest face
@@ -232,7 +218,7 @@ void CScript::Adjust(uint32_t operation, double value) {
     for (CFunction* command : commands) {
         const auto kind = static_cast<CommandKind>(command->GetKind());
         if (kind == CommandKind::SetRamp) {
-            RampRecord& ramp = static_cast<CSetRamp*>(command)->ramp;
+            RampRecord& ramp = static_cast<CSetRamp*>(command)->record;
             if (operation == 1) ramp.shineWidth *= value;
             if (operation == 2) ramp.shineAngle += value;
             if (operation == 3) ramp.angle += value;

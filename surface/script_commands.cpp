@@ -57,13 +57,9 @@ void CSetSoftShadowColor::Execute(Surface* surface) {
 }
 
 void CSetRamp::Execute(Surface* surface) {
-    const auto* image = hasReference ? reinterpret_cast<const ImageReference*>(reference.bytes)
-                                     : nullptr;
-    SetRamp(surface, slot, &ramp, callback, &style, image);
+    SetRamp(surface, slot, &record, callback, &style, GetReference());
 }
 
 void CSetBevel::Execute(Surface* surface) {
-    const auto* image = hasReference ? reinterpret_cast<const ImageReference*>(reference.bytes)
-                                     : nullptr;
-    SetBevel(surface, slot, &bevel, callback, &style, image);
+    SetBevel(surface, slot, &record, callback, &style, GetReference());
 }

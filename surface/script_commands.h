@@ -149,26 +149,43 @@ public:
     double extra = 0.0;
 };
 
-class CSetRamp final : public CCommand<CommandKind::SetRamp, CSetRamp, CReferenceCommand> {
+// Ramp and bevel commands: a painter record, the texture callback, the
+// style block and the host reference, if any (kept only as a marker).
+template <CommandKind K, class Derived, class Record>
+class CSetTexturedPainter : public CCommand<K, Derived, CReferenceCommand> {
 public:
-    void Execute(Surface* surface) override;
     bool UsesReference() const override { return hasReference != 0; }
-    int32_t slot = 0;
-    RampRecord ramp{};
-    TextureCallback callback = nullptr;
-    TextureStyle style{};
-    uintptr_t hasReference = 0;  // the host's pointer, kept only as a marker
-};
+    // The reference area as the painter's user value, or null.
+    const ImageReference* GetReference() const {
+        return hasReference ? reinterpret_cast<const ImageReference*>(this->reference.bytes)
+                            : nullptr;
+    }
+    void Store(int32_t slotValue, const Record& recordValue, TextureCallback callbackValue,
+               const TextureStyle& styleValue, const ImageReference* host, uint32_t size) {
+        slot = slotValue;
+        record = recordValue;
+        callback = callbackValue;
+        style = styleValue;
+        hasReference = reinterpret_cast<uintptr_t>(host);
+        this->reference.CopyFrom(host, size);
+    }
 
-class CSetBevel final : public CCommand<CommandKind::SetBevel, CSetBevel, CReferenceCommand> {
-public:
-    void Execute(Surface* surface) override;
-    bool UsesReference() const override { return hasReference != 0; }
     int32_t slot = 0;
-    BevelRecord bevel{};
+    Record record{};
     TextureCallback callback = nullptr;
     TextureStyle style{};
     uintptr_t hasReference = 0;
+};
+
+class CSetRamp final : public CSetTexturedPainter<CommandKind::SetRamp, CSetRamp, RampRecord> {
+public:
+    void Execute(Surface* surface) override;
+};
+
+class CSetBevel final
+    : public CSetTexturedPainter<CommandKind::SetBevel, CSetBevel, BevelRecord> {
+public:
+    void Execute(Surface* surface) override;
 };
 
 template <CommandKind K, class Derived, class Base>

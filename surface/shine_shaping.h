@@ -71,6 +71,10 @@ struct ShineLine {
 
     T HorizontalDistance(T px, T py) const { return std::abs((py - offset) / slope - px); }
     T VerticalDistance(T px, T py) const { return std::abs(px * slope + offset - py); }
+
+    // Distance of box point (u, v), shifted by (dx, dy), from the line; 0 on
+    // the line itself.
+    T DistanceFrom(T u, T v) const;
 };
 
 // hd * vd / sqrt(hd^2 + vd^2); NaN when both are 0 (the caller decides what
@@ -78,6 +82,15 @@ struct ShineLine {
 template <class T>
 T PerpendicularDistance(T hd, T vd) {
     return hd * vd / std::sqrt(hd * hd + vd * vd);
+}
+
+template <class T>
+T ShineLine<T>::DistanceFrom(T u, T v) const {
+    const T px = u + dx;
+    const T py = v + dy;
+    const T hd = HorizontalDistance(px, py);
+    const T vd = VerticalDistance(px, py);
+    return (hd + vd == T(0)) ? T(0) : PerpendicularDistance(hd, vd);
 }
 
 } // namespace tr

@@ -162,9 +162,9 @@ TEST_F(ScriptTest, MoveAndRampAdjustments) {
     EXPECT_EQ(face->faceA, -2);
     EXPECT_EQ(face->faceB, -2);
     const auto* rampCommand = static_cast<const CSetRamp*>(script->GetCommands().back());
-    EXPECT_EQ(rampCommand->ramp.shineWidth, 12.0);
-    EXPECT_EQ(rampCommand->ramp.shineAngle, 4.0);
-    EXPECT_EQ(rampCommand->ramp.angle, 3.5);
+    EXPECT_EQ(rampCommand->record.shineWidth, 12.0);
+    EXPECT_EQ(rampCommand->record.shineAngle, 4.0);
+    EXPECT_EQ(rampCommand->record.angle, 3.5);
     DeleteScript(script);
 }
 
