@@ -15,6 +15,7 @@
 // Afterwards the painter rectangle, the face-extents quad, the extents quad
 // (grown by the fragments' stroke widths and shadow offsets) and the origin
 // point are projected and stored in coverage pixels (sub-samples ÷ 4).
+#include <cfloat>
 #include <cmath>
 
 #include "paint/face.h"
@@ -39,6 +40,14 @@ Projected ProjectPoint(CRasterizer& r, double x, double y) {
     double z = 0.0;
     (void)r.Project(x, y, 0.0, nullptr, nullptr, nullptr, &p.x, &p.y, &z);
     return p;
+}
+
+// Double to single precision; host values beyond the float range become
+// ±infinity rather than meeting an undefined conversion.
+float ToFloat(double v) {
+    if (v > FLT_MAX) return INFINITY;
+    if (v < -FLT_MAX) return -INFINITY;
+    return static_cast<float>(v);
 }
 
 double Fraction(double v) { return v - std::floor(v); }
@@ -72,7 +81,7 @@ void LoadModelView(CRasterizer& r, const CFace& f) {
     const double slant[16] = {1, std::tan(f.slantB), 0, 0, std::tan(f.slantA), 1, 0, 0,
                               0, 0, 1, 0, 0, 0, 0, 1};
     r.MultMatrix(slant);
-    r.SetTaper(static_cast<float>(f.taperH), static_cast<float>(f.taperV));
+    r.SetTaper(ToFloat(f.taperH), ToFloat(f.taperV));
 }
 
 // One pass of the matrix sequence; returns the projected outline origin.

@@ -358,10 +358,12 @@ TEST_F(DrawFragmentsReal, HostileWidthsAndOffsetsStayInsideTheBuffer) {
     }
 }
 
-TEST_F(DrawFragmentsReal, HostileFacePositionStaysInsideTheBuffer) {
+TEST_F(DrawFragmentsReal, HostileFacePositionAndTaperStayInsideTheBuffer) {
     const double values[] = {std::nan(""), 1e300, -1e300, 2147483647.5};
     for (const double v : values) {
         Prepare(v, -v);
+        face.taperH = v;
+        face.taperV = -v;
         CXyR xyr;
         const CFragment list[] = {Fragment(&face, kFaceMap, 0),
                                   Fragment(&face, kBehindMap, 2, 8, 3, 3)};
