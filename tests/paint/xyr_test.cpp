@@ -11,8 +11,10 @@
 #include <vector>
 
 #include "fragment_test_support.h"
+#include "outline/outline_builder.h"
 #include "paint/face.h"
 #include "surface/fragment.h"
+#include "tests/outline/glyph_data.h"
 #include "tests/raster/coverage_map_util.h"
 
 namespace {
@@ -339,6 +341,33 @@ TEST_F(DrawFragmentsReal, OutlineOutWidensByTheStrokeWidthWithRoundOrMitredCorne
         EXPECT_EQ(map->At(60, 22), 3u);
         EXPECT_TRUE(map->GuardsIntact());
     }
+}
+
+// Contours as the outline builder orients them (outer clockwise, holes
+// counter-clockwise): the outer outline grows away from the filled area on
+// both the outer edge and the hole's edge.
+TEST_F(DrawFragmentsReal, BuilderOrientedGlyphIsOutlinedOutsideItsFill) {
+    const auto glyph = tr::test::PolygonGlyph(
+        {{{0, 0}, {100, 0}, {100, 100}, {0, 100}}, {{30, 30}, {30, 70}, {70, 70}, {70, 30}}});
+    std::list<CContourGroup> groups;
+    tr::Dispatch(groups, 400, glyph.data(), glyph.size(), OUTLINE_POLYGON_INPUT, 0);
+    ASSERT_EQ(groups.size(), 1u);
+    ASSERT_EQ(groups.front().holes.size(), 1u);
+    trtest::LoadGroups(outline, groups, 400);
+    SetUpFace(face, 0, 0, 100, 100);
+    map = std::make_unique<trtest::GuardedMap>(face.subWidth, face.subHeight);
+    source = {map->Words(), face.subWidth, face.subHeight, &outline};
+    CXyR xyr;
+    const CFragment list[] = {Fragment(&face, kFaceMap, 0), Fragment(&face, kBehindMap, 2, 8)};
+    xyr.DrawFragments(source, list);
+    // Outline units to sub-samples: x + 28, 128 − y. Hole: 58..98 both ways.
+    EXPECT_EQ(Covered(2).count, 100 * 100 - 40 * 40);
+    EXPECT_EQ(map->At(40, 40), 2u);  // fill
+    EXPECT_EQ(map->At(24, 70), 3u);  // outside the outer edge, within 8
+    EXPECT_EQ(map->At(60, 78), 3u);  // inside the hole, within 8 of its edge
+    EXPECT_EQ(map->At(78, 78), 0u);  // the hole's centre stays open
+    EXPECT_EQ(map->At(70, 70), 0u);
+    EXPECT_TRUE(map->GuardsIntact());
 }
 
 TEST_F(DrawFragmentsReal, HostileWidthsAndOffsetsStayInsideTheBuffer) {
