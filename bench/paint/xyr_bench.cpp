@@ -1,0 +1,98 @@
+// Drawing one character's fragment list into its coverage buffer, as the
+// character pass does: a fresh CXyR per character (so the transform set-up
+// is part of every iteration), a convex 64-gon of radius 200 outline units
+// at s = 1 (a glyph about 100 pixels across) with one hole. Fragment lists:
+// the face alone; face plus a 3-pixel outer outline (round joins, or mitres
+// with the wide flag); and face, outline and their two shadow extrusions.
+// Items are characters.
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <list>
+#include <vector>
+
+#include "outline/character_data.h"
+#include "outline/contour_group.h"
+#include "outline/outline2.h"
+#include "paint/face.h"
+#include "paint/xyr.h"
+#include "surface/fragment.h"
+
+namespace {
+
+constexpr double kPi = 3.141592653589793;
+constexpr int kSides = 64;
+
+Coutline Polygon(double radius, bool clockwise) {
+    Coutline c;
+    for (int i = 0; i < kSides; ++i) {
+        const double a = 2 * kPi * i / kSides * (clockwise ? -1 : 1);
+        c.points.push_back(CPoint3D{200 + radius * std::cos(a), 200 + radius * std::sin(a), 0});
+    }
+    return c;
+}
+
+struct Character {
+    Character() {
+        CContourGroup g;
+        g.outer = Polygon(200, true);
+        g.holes.push_back(Polygon(80, false));
+        // Ring triangulation between the outer contour (0..63) and the hole
+        // (64..127), which runs the other way round.
+        for (uint32_t i = 0; i < kSides; ++i) {
+            const uint32_t o0 = i, o1 = (i + 1) % kSides;
+            const uint32_t h0 = kSides + (kSides - i) % kSides;
+            const uint32_t h1 = kSides + (kSides - i - 1) % kSides;
+            g.triangles.insert(g.triangles.end(), {o0, o1, h0, o1, h1, h0});
+        }
+        const uint8_t metrics[20] = {};
+        outline.holder.BuildBlock(std::list<CContourGroup>{g}, metrics, 400);
+        outline.current = &outline.holder;
+        face.hasOutline = 1;
+        face.scale = face.widthScale = face.heightScale = face.pixelRatio = 1.0;
+        face.centreX = face.centreY = face.painterCentreX = face.painterCentreY = 200;
+        face.halfWidth = face.halfHeight = 200 + 12 + 40;  // room for outline and shadow
+        face.Measure();
+        coverage.resize(static_cast<size_t>(face.subWidth) * face.subHeight / 4);
+    }
+    COutline2 outline;
+    CFace face{nullptr};
+    std::vector<uint16_t> coverage;
+};
+
+CFragment Fragment(CFace& face, int32_t kind, uint8_t value, double widthPx, double shadow) {
+    uint8_t map[16];
+    for (int i = 0; i < 16; ++i) map[i] = i == 0 ? value : static_cast<uint8_t>(i);
+    CFragment f(map, kind, 0, 0, 0);
+    f.face = &face;
+    f.widthPx = widthPx;
+    f.shadowOffsetA = f.shadowOffsetB = shadow;
+    return f;
+}
+
+void Run(benchmark::State& state, int fragmentCount, bool wide) {
+    Character c;
+    const CFragment all[] = {Fragment(c.face, 0, 2, 0, 0), Fragment(c.face, 2, 3, 12, 0),
+                             Fragment(c.face, 3, 4, 0, 30), Fragment(c.face, 5, 4, 12, 30)};
+    const FragmentOutlineSource source{c.coverage.data(), c.face.subWidth, c.face.subHeight,
+                                       &c.outline};
+    for (auto _ : state) {
+        CXyR xyr;
+        xyr.wideOutlines = wide;
+        xyr.DrawFragments(source, std::span<const CFragment>(all, fragmentCount));
+        benchmark::DoNotOptimize(c.coverage.data());
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+
+void BM_DrawFaceOnly(benchmark::State& s) { Run(s, 1, false); }
+void BM_DrawFaceAndOutline(benchmark::State& s) { Run(s, 2, false); }
+void BM_DrawFaceAndWideOutline(benchmark::State& s) { Run(s, 2, true); }
+void BM_DrawFaceOutlineAndShadows(benchmark::State& s) { Run(s, 4, false); }
+
+BENCHMARK(BM_DrawFaceOnly);
+BENCHMARK(BM_DrawFaceAndOutline);
+BENCHMARK(BM_DrawFaceAndWideOutline);
+BENCHMARK(BM_DrawFaceOutlineAndShadows);
+
+}  // namespace

@@ -1,0 +1,178 @@
+// tests/paint/fragment_test_support.h — shared by the fragment drawing
+// tests: a rasterizer that records the calls it receives (forwarding the
+// transform calls to a real rasterizer so Project gives real answers), the
+// quad strips read back from a recording, and hand-made outline blocks.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <list>
+#include <string>
+#include <vector>
+
+#include "outline/character_data.h"
+#include "outline/contour_group.h"
+#include "outline/outline2.h"
+#include "raster/rasterizer.h"
+
+namespace trtest {
+
+struct Call {
+    std::string name;
+    std::vector<double> args;
+    const void* pointer = nullptr;
+};
+
+class RecordingRasterizer final : public CRasterizer {
+public:
+    RecordingRasterizer() : inner_(CreateRasterizer()) {}
+    ~RecordingRasterizer() override { ReleaseRasterizer(inner_); }
+
+    std::vector<Call> calls;
+
+    size_t Count(const std::string& name) const {
+        size_t n = 0;
+        for (const Call& c : calls) n += c.name == name;
+        return n;
+    }
+
+    double* Init(uint16_t* coverage, uint32_t, int32_t w, int32_t h, uint32_t) override {
+        Log("Init", {double(w), double(h)}, coverage);
+        return inner_->Init(nullptr, 0, 0, 0, 0);
+    }
+    uint32_t ShadedBandPass(uint8_t*, double, double, uint32_t) override { return 0; }
+    uint32_t DepthBandPass(uint8_t*, double, uint32_t) override { return 0; }
+    uint32_t ShadedBandPass2(uint8_t*, double, double, uint32_t) override { return 0; }
+    uint32_t DepthBandPass2(uint8_t*, double, uint32_t) override { return 0; }
+    void SweepPass(uint8_t*, double, double) override {}
+    void MultMatrix(const double* m) override {
+        Log("MultMatrix", std::vector<double>(m, m + 16));
+        inner_->MultMatrix(m);
+    }
+    void Viewport(float x, float y, float w, float h) override {
+        Log("Viewport", {x, y, w, h});
+        inner_->Viewport(x, y, w, h);
+    }
+    void MatrixMode(uint32_t mode) override {
+        Log("MatrixMode", {double(mode)});
+        inner_->MatrixMode(mode);
+    }
+    void LoadIdentity() override {
+        Log("LoadIdentity", {});
+        inner_->LoadIdentity();
+    }
+    void Translate(double x, double y, double z) override {
+        Log("Translate", {x, y, z});
+        inner_->Translate(x, y, z);
+    }
+    void Scale(double x, double y, double z) override {
+        Log("Scale", {x, y, z});
+        inner_->Scale(x, y, z);
+    }
+    void Finish() override { Log("Finish", {}); }
+    void VertexPointer(uint32_t size, uint32_t, uint32_t stride, const void* p) override {
+        Log("VertexPointer", {double(size), double(stride)}, p);
+    }
+    void DrawIndexed(uint32_t, uint32_t count, uint32_t, const uint32_t* indices) override {
+        Log("DrawIndexed", {double(count)}, indices);
+    }
+    void DrawIndexedToBand(uint32_t, const uint32_t*) override {}
+    void Vertex2dv(const double* xy) override { Log("Vertex2dv", {xy[0], xy[1]}); }
+    void Vertex2d(double x, double y) override { Log("Vertex2d", {x, y}); }
+    void End() override { Log("End", {}); }
+    void Begin() override { Log("Begin", {}); }
+    void SetNibbleMap(const uint8_t* map) override {
+        Log("SetNibbleMap", std::vector<double>(map, map + 16));
+    }
+    void SetTaper(float h, float v) override {
+        Log("SetTaper", {h, v});
+        inner_->SetTaper(h, v);
+    }
+    int Project(double x, double y, double z, const double* mv, const double* pr, const float* vp,
+                double* wx, double* wy, double* wz) override {
+        Log("Project", {x, y, z});
+        return inner_->Project(x, y, z, mv, pr, vp, wx, wy, wz);
+    }
+    void BevelVertex(double, double, double) override {}
+    void BevelVertexAt(double, double, double, double) override {}
+    void BevelStart(double, double, double) override {}
+    void DepthVertex(double, double, double) override {}
+    void DepthVertexAt(double, double, double, double) override {}
+    void BevelVertexFar(double, double, double) override {}
+    void BevelStartFar(double, double, double) override {}
+    void DepthVertexFar(double, double, double) override {}
+    void BevelVertexAtFar(double, double, double, double) override {}
+    void DepthVertexAtFar(double, double, double, double) override {}
+    void SweepVertex(double, double) override {}
+    void BandVertex(double, double) override {}
+    void DrawIndexedOffset(uint32_t, uint32_t count, uint32_t, const uint32_t* indices, double dx,
+                           double dy) override {
+        Log("DrawIndexedOffset", {double(count), dx, dy}, indices);
+    }
+
+private:
+    void Log(const char* name, std::vector<double> args, const void* p = nullptr) {
+        calls.push_back(Call{name, std::move(args), p});
+    }
+    CRasterizer* inner_;
+};
+
+// One vertex pair of a quad strip: (ax, ay) through Vertex2dv, (bx, by)
+// through Vertex2d.
+struct Pair {
+    double ax, ay, bx, by;
+};
+using Strip = std::vector<Pair>;
+
+// The strips between Begin and End, in order; a strip call outside Begin /
+// End or an unmatched Vertex2dv fails the test through an empty result.
+inline std::vector<Strip> Strips(const std::vector<Call>& calls) {
+    std::vector<Strip> strips;
+    bool open = false;
+    const Call* first = nullptr;
+    for (const Call& c : calls) {
+        if (c.name == "Begin") {
+            if (open) return {};
+            strips.emplace_back();
+            open = true;
+        } else if (c.name == "End") {
+            if (!open || first) return {};
+            open = false;
+        } else if (c.name == "Vertex2dv") {
+            if (!open || first) return {};
+            first = &c;
+        } else if (c.name == "Vertex2d") {
+            if (!open || !first) return {};
+            strips.back().push_back({first->args[0], first->args[1], c.args[0], c.args[1]});
+            first = nullptr;
+        }
+    }
+    return open ? std::vector<Strip>{} : strips;
+}
+
+inline Coutline Contour(const std::vector<std::pair<double, double>>& pts) {
+    Coutline c;
+    for (const auto& [x, y] : pts) c.points.push_back(CPoint3D{x, y, 0.0});
+    return c;
+}
+
+// A loaded COutline2 whose block holds the given groups (outline size as
+// given); the block is owned by the holder and freed with the outline.
+inline void LoadGroups(COutline2& outline, const std::list<CContourGroup>& groups,
+                       int32_t outlineSize) {
+    const uint8_t metrics[20] = {};
+    outline.holder.BuildBlock(groups, metrics, outlineSize);
+    outline.current = outline.holder.data != nullptr ? &outline.holder : nullptr;
+}
+
+// The square [x0, x0 + side] × [y0, y0 + side], clockwise with y up (the
+// orientation of outer contours), as two triangles.
+inline CContourGroup SquareGroup(double x0, double y0, double side) {
+    CContourGroup g;
+    g.outer = Contour({{x0, y0}, {x0, y0 + side}, {x0 + side, y0 + side}, {x0 + side, y0}});
+    g.outer.clockwise = true;
+    g.triangles = {0, 1, 2, 0, 2, 3};
+    return g;
+}
+
+}  // namespace trtest
