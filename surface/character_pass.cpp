@@ -8,7 +8,7 @@
 //      prepared (stroke widths and shadow offsets in outline units, which
 //      also widen the face's margins), then measured;
 //   4. a coverage buffer of W × H × 8 bytes from the recycler, the fragments
-//      drawn into it;
+//      drawn into it by the context's fragment compositor;
 //   5. the plan: placement, coverage, the painter set bound to the target.
 // A character without outline, fragments or contours, or whose image box is
 // beyond the limits below, makes no plan and loses its painter set.
@@ -22,6 +22,7 @@
 #include "paint/face.h"
 #include "paint/numeric.h"
 #include "paint/painter.h"
+#include "paint/xyr.h"
 #include "surface/character_context.h"
 #include "surface/plans_composite.h"
 #include "surface/surface.h"
@@ -86,13 +87,13 @@ bool WithinLimits(const CFace& face) {
     return bytes <= kMaxCoverageBytes;
 }
 
-// Writes the fragments' applicator numbers into the coverage buffer. The
-// fragment compositor is not part of the library yet, so the buffer stays
-// clear (a plan that paints nothing).
-void DrawFragments(CharacterContext&, uint16_t* coverage, const CFace& face, uint32_t) {
-    std::memset(coverage, 0,
-                static_cast<std::size_t>(face.imageWidth) * face.imageHeight *
-                    kCoverageBytesPerPixel);
+// Writes the fragments' applicator numbers into the coverage buffer; the
+// first drawing also fixes the face's origin pixel, painter rectangle and
+// quads.
+void DrawFragments(CharacterContext& context, uint16_t* coverage, const CFace& face,
+                   const COutline2& outline) {
+    const FragmentOutlineSource source{coverage, face.subWidth, face.subHeight, &outline};
+    context.compositor.DrawFragments(source, context.fragments);
 }
 
 ShaderPoint ToShaderPoint(const FacePoint& p) { return {p.x, p.y}; }
@@ -155,7 +156,7 @@ int32_t RenderCharacter(Surface& surface, int32_t mode, uint32_t options, uint32
     }
     auto* coverage = static_cast<uint16_t*>(buffer);
     const int32_t blendMode = static_cast<int32_t>(modeBits & ~kDrawFirstBit);
-    DrawFragments(*context, coverage, face, modeBits & ~kDrawFirstBit);
+    DrawFragments(*context, coverage, face, *surface.outline);
 
     const uint32_t index =
         (modeBits & kDrawFirstBit) ? surface.plans.InsertFirst() : surface.plans.Append();

@@ -136,4 +136,24 @@ TEST_F(CharacterPassTest, NoPlanWithoutFragmentsOutlineOrSaneSize) {
     EXPECT_EQ(surface->plans.GetCount(), 4u);
 }
 
+TEST_F(CharacterPassTest, SquareLandsAtTheFacePosition) {
+    // Outline units are pixels here; the outline's origin sits at the face
+    // position with y upward, so the square covers x 50..150, y 50..150.
+    ASSERT_EQ(Character(100.0, 50.0, 150.0, true), 1);
+    CloseSurface(surface);
+    surface = CreateSurface(nullptr);
+    auto at = [&](int x, int y) { return pixels[static_cast<size_t>(y) * 200 + x]; };
+    for (int y = 0; y < 200; ++y) {
+        for (int x = 0; x < 200; ++x) {
+            const bool inside = x >= 50 && x < 150 && y >= 50 && y < 150;
+            const bool edge = x == 49 || x == 150 || y == 49 || y == 150;
+            if (inside && !(x == 50 || x == 149 || y == 50 || y == 149)) {
+                ASSERT_EQ(at(x, y), 0xFF0000FFu) << x << "," << y;
+            } else if (!inside && !edge) {
+                ASSERT_EQ(at(x, y), 0x11223344u) << x << "," << y;
+            }
+        }
+    }
+}
+
 }  // namespace
