@@ -336,3 +336,93 @@ TEST_F(CacheTest, BackgroundPassesWithTheGreedyPolicy) {
 }
 
 }  // namespace
+
+namespace {
+
+// ForEachBox: the four callback actions, on four boxes in key order.
+TEST_F(CacheTest, ForEachBoxActions) {
+    struct Case {
+        int actionAtSecond;
+        bool result;
+        int visited;
+        uint32_t boxesLeft;
+    };
+    const Case cases[] = {
+        {0, true, 4, 4},   // continue
+        {1, false, 2, 4},  // stop
+        {2, true, 4, 3},   // remove and continue
+        {3, false, 2, 3},  // remove and stop
+    };
+    for (const Case& c : cases) {
+        TestCache cache(1000);
+        for (int key : {4, 1, 3, 2}) {
+            Handle handle;
+            ASSERT_TRUE(cache.Get(key, handle));
+            ASSERT_TRUE(cache.Release(handle));
+        }
+        struct Walk {
+            int action;
+            std::vector<int> keys;
+            Box* removed = nullptr;
+        } walk{c.actionAtSecond, {}};
+        const bool result = cache.ForEachBox([](Box* box, void* context) {
+            auto& w = *static_cast<Walk*>(context);
+            w.keys.push_back(box->ticket);
+            if (w.keys.size() != 2) return 0;
+            if (w.action >= 2) w.removed = box;
+            return w.action;
+        }, &walk);
+        EXPECT_EQ(result, c.result) << "action " << c.actionAtSecond;
+        EXPECT_EQ(static_cast<int>(walk.keys.size()), c.visited);
+        for (size_t i = 0; i < walk.keys.size(); ++i) EXPECT_EQ(walk.keys[i], static_cast<int>(i + 1));
+        EXPECT_EQ(cache.BoxCount(), c.boxesLeft);
+        if (walk.removed != nullptr) {  // the callback owns a removed box
+            cache.SwapOut(walk.removed, true);
+            delete walk.removed;
+        }
+    }
+}
+
+// Makes n boxes that keep statistics but no data: with no budget at all,
+// every release drops the data at once.
+void MakeBoxesWithoutData(TestCache& cache, int n) {
+    for (int key = 1; key <= n; ++key) {
+        Handle handle;
+        ASSERT_TRUE(cache.Get(key, handle));
+        ASSERT_TRUE(cache.Release(handle));
+    }
+}
+
+// Over 2048 boxes without data the step is 1024 = n / 2: every other box is
+// dropped, whatever the random start.
+TEST_F(CacheTest, PassThinsLargeIndexToHalf) {
+    TestCache cache(0);
+    MakeBoxesWithoutData(cache, 2048);
+    ASSERT_EQ(gLiveFactories, 0);
+    cache.RunGreedyPass();
+    EXPECT_GE(cache.BoxCount(), 1023u);
+    EXPECT_LE(cache.BoxCount(), 1025u);
+}
+
+// Over n ≤ 1024 boxes the position falls by 1024 − n per box from a start
+// below n: only a run of boxes at the start of the index survives, no more
+// than start / (1024 − n) + 1 of them.
+TEST_F(CacheTest, PassThinsSmallIndexAfterTheWrap) {
+    const int n = 1000;
+    TestCache cache(0);
+    MakeBoxesWithoutData(cache, n);
+    cache.RunGreedyPass();
+    const std::vector<Box*> left = Boxes(cache);
+    EXPECT_LE(left.size(), static_cast<size_t>(n / (1024 - n) + 1));
+    for (size_t i = 0; i < left.size(); ++i) {
+        EXPECT_EQ(left[i]->ticket, static_cast<int>(i + 1)) << "survivors are the first boxes";
+    }
+    // Invalidated boxes without data are always dropped.
+    TestCache invalidated(0);
+    MakeBoxesWithoutData(invalidated, 3000);
+    invalidated.Flush();
+    invalidated.RunGreedyPass();
+    EXPECT_EQ(invalidated.BoxCount(), 0u);
+}
+
+}  // namespace
