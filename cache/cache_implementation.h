@@ -45,6 +45,11 @@ concept CacheMetaFactory = requires(Factory*& out) {
 
 }  // namespace tr
 
+// The cache's Get(ticket, out) hides the properties' Get(): on purpose, since
+// properties are reached only through tr::PropertyOf.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Woverloaded-virtual"
+
 template <typename Ticket, tr::CacheHandle Data, typename Factory, typename MetaFactory,
           template <typename, typename> class Policy, typename ExtraData = EmptyExtraData>
     requires tr::CacheMetaFactory<MetaFactory, Factory>
@@ -96,6 +101,8 @@ private:
     }
     void UpdatePanic() { Prop<Panic>().Set(Prop<FlexCacheSize>().Get() == 0); }
 };
+
+#pragma GCC diagnostic pop
 
 // ---------------------------------------------------------------------------
 // Definitions.
