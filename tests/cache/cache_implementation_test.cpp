@@ -51,8 +51,15 @@ private:
     int held_ = 0;
 };
 
+// When set, the next factory made first looks up this key in this cache, as
+// a factory that needs other entries of its own cache would.
+struct Reentry;
+Reentry* gReentry = nullptr;
+void RunReentry();
+
 struct FakeMetaFactory {
     static bool MakeFactory(FakeFactory*& out) {
+        RunReentry();
         out = gRefuseFactories ? nullptr : new FakeFactory();
         return out != nullptr;
     }
@@ -69,6 +76,22 @@ struct CountingPolicy {
 
 using TestCache = CacheImplementation<int, Handle, FakeFactory, FakeMetaFactory, CountingPolicy>;
 using Box = TestCache::Box;
+
+struct Reentry {
+    TestCache* cache;
+    int key;
+    bool got = false;
+};
+void RunReentry() {
+    if (gReentry == nullptr) return;
+    Reentry& reentry = *gReentry;
+    gReentry = nullptr;
+    Handle handle;
+    reentry.got = reentry.cache->Get(reentry.key, handle);
+    if (reentry.got) {
+        EXPECT_TRUE(reentry.cache->Release(handle));
+    }
+}
 
 uint32_t PropertyValue(TestCache& cache, int which) {
     CacheProperties& properties = cache;
@@ -423,6 +446,41 @@ TEST_F(CacheTest, PassThinsSmallIndexAfterTheWrap) {
     invalidated.Flush();
     invalidated.RunGreedyPass();
     EXPECT_EQ(invalidated.BoxCount(), 0u);
+}
+
+}  // namespace
+
+namespace {
+
+// A lookup made while the entry's own factory is being made (re-entry on the
+// same thread) skips that entry and makes one of its own, seeded with the
+// statistics of the entry under production.
+TEST_F(CacheTest, ReentrantLookupSkipsTheEntryUnderProduction) {
+    TestCache cache(0);  // no budget: every release drops the data
+    Handle handle;
+    ASSERT_TRUE(cache.Get(5, handle));
+    ASSERT_TRUE(cache.Get(5, handle));
+    ASSERT_TRUE(cache.Release(handle));
+    ASSERT_TRUE(cache.Release(handle));
+    ASSERT_EQ(cache.BoxCount(), 1u);
+    Box* original = Boxes(cache)[0];
+    ASSERT_EQ(original->factory, nullptr);
+    ASSERT_NE(original->lastAccess, 0u) << "the tick count is the seed's tie-breaker";
+    const Box before = *original;
+
+    Reentry reentry{&cache, 5};
+    gReentry = &reentry;
+    ASSERT_TRUE(cache.Get(5, handle));
+    EXPECT_TRUE(reentry.got);
+    ASSERT_EQ(cache.BoxCount(), 2u);
+    Box* inner = Boxes(cache)[0] == original ? Boxes(cache)[1] : Boxes(cache)[0];
+    EXPECT_EQ(inner->hitCount, before.hitCount);
+    EXPECT_EQ(inner->missCount, before.missCount + 1);
+    EXPECT_EQ(inner->swapInCount, before.swapInCount + 1);
+    EXPECT_EQ(inner->refCount, 0);
+    EXPECT_EQ(original->missCount, before.missCount + 1);
+    EXPECT_EQ(original->refCount, 1);
+    EXPECT_TRUE(cache.Release(handle));
 }
 
 }  // namespace
