@@ -80,6 +80,8 @@ void PrepareFragments(CharacterContext& context) {
 
 bool WithinLimits(const CFace& face) {
     if (!std::isfinite(face.scale) || !(face.scale > 0.0)) return false;
+    // Infinite widths or distances end up as non-finite box sizes.
+    if (!std::isfinite(face.halfWidth) || !std::isfinite(face.halfHeight)) return false;
     if (face.imageWidth <= 0 || face.imageHeight <= 0) return false;
     if (face.imageWidth > kMaxImageSide || face.imageHeight > kMaxImageSide) return false;
     const uint64_t bytes = static_cast<uint64_t>(face.imageWidth) *

@@ -6,6 +6,7 @@
 
 #include <cstring>
 #include <limits>
+#include <tuple>
 #include <vector>
 
 #include "paint/painter.h"
@@ -154,6 +155,117 @@ TEST_F(CharacterPassTest, SquareLandsAtTheFacePosition) {
             }
         }
     }
+}
+
+// Renders one square character (0..100 outline units, one unit per pixel)
+// with the given fragments onto a transparent 200 × 200 target and returns
+// the alpha of row `row`.
+class SquareRenderTest : public ::testing::Test {
+protected:
+    std::vector<int> AlphaRow(const std::vector<std::vector<double>>& contours,
+                              const std::vector<std::tuple<int32_t, uint8_t, double, double, double>>& fragments,
+                              int row, double x = 50.0, double y = 150.0, double slantA = 0.0) {
+        std::vector<uint8_t> data = PolygonData(contours);
+        pixels.assign(200 * 200, 0);
+        SurfaceDescriptor d{{pixels.data(), 200, 200, 800}, 1.0};
+        Surface* surface = CreateSurface(&d);
+        NewCharacterCallBack(surface, reinterpret_cast<uintptr_t>(&data), kPolygonInput, 100,
+                             &PolygonCallback, 'X');
+        FaceParameters face{100.0, 1.0, 1.0, slantA, 0.0, 0.0, x, y, 0.0, 0.0};
+        SetFace(surface, &face);
+        for (const auto& [kind, slot, width, angle, distance] : fragments) {
+            uint8_t map[16];
+            std::memset(map, slot, sizeof map);
+            SetFragment(surface, map, kind, width, angle, distance);
+            SetColor(surface, slot, 0xFF000000u | slot);
+        }
+        planIndex = FinishCharacter(surface, 0, 0, 0, 0);
+        CloseSurface(surface);
+        std::vector<int> alpha(200);
+        for (int x = 0; x < 200; ++x) alpha[x] = static_cast<int>(pixels[row * 200 + x] >> 24);
+        return alpha;
+    }
+    int Blue(int x, int y) const { return static_cast<int>(pixels[y * 200 + x] & 0xFF); }
+    static int FirstInk(const std::vector<int>& row) {
+        for (int x = 0; x < 200; ++x) {
+            if (row[x]) return x;
+        }
+        return -1;
+    }
+    static int LastInk(const std::vector<int>& row) {
+        for (int x = 199; x >= 0; --x) {
+            if (row[x]) return x;
+        }
+        return -1;
+    }
+
+    std::vector<uint32_t> pixels;
+    int32_t planIndex = 0;
+};
+
+const std::vector<std::vector<double>> kSquare = {{0, 0, 100, 0, 100, 100, 0, 100}};
+
+TEST_F(SquareRenderTest, EdgePixelsCarryTheFootprintAlpha) {
+    const auto row = AlphaRow(kSquare, {{0, 2, 0.0, 0.0, 0.0}}, 100);
+    // Left edge at x = 50: pixel 49 sees the 8 right-neighbour samples of
+    // the footprint, pixel 50 all but the 8 of its left neighbour.
+    EXPECT_EQ(row[48], 0);
+    EXPECT_EQ(row[49], 43);   // 8/48 × 255 = 42.5, rounded up
+    EXPECT_EQ(row[50], 213);  // 40/48 × 255 = 212.5
+    EXPECT_EQ(row[51], 255);
+    EXPECT_EQ(row[149], 213);
+    EXPECT_EQ(row[150], 43);
+    EXPECT_EQ(row[151], 0);
+    const auto above = AlphaRow(kSquare, {{0, 2, 0.0, 0.0, 0.0}}, 49);
+    EXPECT_EQ(above[100], 43);  // the lower half of the pixel above the top edge
+}
+
+TEST_F(SquareRenderTest, HoleStaysUntouched) {
+    const auto row = AlphaRow({{0, 0, 100, 0, 100, 100, 0, 100}, {30, 30, 30, 70, 70, 70, 70, 30}},
+                              {{0, 2, 0.0, 0.0, 0.0}}, 100);
+    EXPECT_EQ(row[60], 255);
+    for (int x = 82; x < 118; ++x) EXPECT_EQ(row[x], 0) << x;  // hole x 80..120
+    EXPECT_EQ(row[125], 255);
+}
+
+TEST_F(SquareRenderTest, OuterOutlineWidensByTheStrokeWidth) {
+    // A 5-pixel outer outline under the face.
+    const auto row = AlphaRow(kSquare, {{2, 3, 5.0, 0.0, 0.0}, {0, 2, 0.0, 0.0, 0.0}}, 100);
+    EXPECT_EQ(FirstInk(row), 49 - 5);
+    EXPECT_EQ(LastInk(row), 150 + 5);
+    EXPECT_EQ(Blue(47, 100), 3);  // outline slot
+    EXPECT_EQ(Blue(100, 100), 2);  // face on top
+}
+
+TEST_F(SquareRenderTest, ShadowIsOffsetByAngleAndDistance) {
+    // A face fragment with a distance is the displaced face: 90 degrees
+    // points along +x, so the square moves 10 px right...
+    const auto row = AlphaRow(kSquare, {{0, 4, 0.0, 90.0, 10.0}}, 100);
+    EXPECT_EQ(FirstInk(row), 59);
+    EXPECT_EQ(LastInk(row), 160);
+    // ...and 180 degrees moves it down (y grows downward on the target).
+    EXPECT_EQ(AlphaRow(kSquare, {{0, 4, 0.0, 180.0, 10.0}}, 55)[100], 0);
+    EXPECT_EQ(AlphaRow(kSquare, {{0, 4, 0.0, 180.0, 10.0}}, 155)[100], 255);
+    // The face shadow extrudes the contour along the offset: the bands the
+    // top and bottom edges sweep, not the interior.
+    EXPECT_EQ(AlphaRow(kSquare, {{3, 4, 0.0, 180.0, 10.0}}, 55)[100], 255);
+    EXPECT_EQ(AlphaRow(kSquare, {{3, 4, 0.0, 180.0, 10.0}}, 155)[100], 255);
+    EXPECT_EQ(AlphaRow(kSquare, {{3, 4, 0.0, 180.0, 10.0}}, 100)[100], 0);
+}
+
+TEST_F(SquareRenderTest, HostileFaceValuesAreBounded) {
+    // A slant next to π/2 makes the box absurdly wide: no plan.
+    AlphaRow(kSquare, {{0, 2, 0.0, 0.0, 0.0}}, 100, 50.0, 150.0, 1.5707963);
+    EXPECT_EQ(planIndex, 0);
+    // Huge or non-finite widths and distances: no plan, nothing written.
+    for (double v : {1e9, -1e9, std::numeric_limits<double>::infinity()}) {
+        AlphaRow(kSquare, {{2, 3, v, 0.0, 0.0}, {5, 4, 1.0, 30.0, v}}, 100);
+        EXPECT_EQ(planIndex, 0) << v;
+    }
+    // A character far outside the target draws nothing and writes nothing.
+    const auto row = AlphaRow(kSquare, {{0, 2, 0.0, 0.0, 0.0}}, 100, -5000.0, 9000.0);
+    EXPECT_EQ(planIndex, 1);
+    for (uint32_t p : pixels) ASSERT_EQ(p, 0u);
 }
 
 }  // namespace

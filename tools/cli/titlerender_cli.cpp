@@ -89,7 +89,9 @@ void DescribeCharacter(Surface* surface, const TitleOptions& o, tr::tools::Glyph
     const bool outer = outlined && o.outlineSide == "out";
     if (o.shadowDistance > 0.0) {
         // The shadow of what stands out most: the outer outline, or the face.
+        // The displaced face and the extrusion joining it to the character.
         AllSlots(map, kShadowSlot);
+        SetFragment(surface, map, 0, 0.0, o.shadowAngle, o.shadowDistance);
         SetFragment(surface, map, outer ? 5 : 3, outer ? o.outlineWidth : 0.0, o.shadowAngle,
                     o.shadowDistance);
         SetColor(surface, kShadowSlot, o.shadowColour);
