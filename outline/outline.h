@@ -1,4 +1,4 @@
-// outline/outline.h — folder-private: `COutline`, the read interface of a
+// outline/outline.h — `COutline`, the read interface of a
 // character's outline block as the rendering pass sees it.
 //
 // The virtual operations keep this slot order: Load, destructor, GetBlock,

@@ -1,4 +1,4 @@
-// outline/outline2.h — folder-private: `COutline2`, the outline holder used
+// outline/outline2.h — `COutline2`, the outline holder used
 // by the rendering pass.
 //
 // It owns at most one block at a time, obtained through the block source
