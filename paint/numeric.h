@@ -9,14 +9,11 @@
 #include <cmath>
 #include <cstdint>
 
+#include "raster/fixed_point.h"
+
 namespace tr {
 
-inline int32_t TruncateToInt32(double v) {
-    if (!(v == v)) return 0;
-    if (v >= 2147483647.0) return INT32_MAX;
-    if (v <= -2147483648.0) return INT32_MIN;
-    return static_cast<int32_t>(v);
-}
+inline int32_t TruncateToInt32(double v) { return SaturatingTrunc<int32_t>(v); }
 
 // floor(v) as an integer, saturating like TruncateToInt32.
 inline int32_t FloorToInt32(double v) { return TruncateToInt32(std::floor(v)); }

@@ -15,7 +15,6 @@
 #include "surface/character_pass.h"
 
 #include <cmath>
-#include <cstring>
 
 #include "memory/coverage_recycler.h"
 #include "outline/outline2.h"

@@ -11,6 +11,8 @@
 // fractional position.
 #pragma once
 
+#include "paint/numeric.h"
+
 #include <cmath>
 #include <cstdint>
 
@@ -27,20 +29,6 @@ struct GradientPlacement {
     double originY = 0;
 };
 
-// Truncation toward zero, saturating at the int32 range; NaN gives 0.
-inline int32_t TruncOrigin(double v) {
-    if (!(v == v)) {
-        return 0;
-    }
-    if (v <= -2147483648.0) {
-        return INT32_MIN;
-    }
-    if (v >= 2147483647.0) {
-        return INT32_MAX;
-    }
-    return static_cast<int32_t>(v);
-}
-
 struct GradientFrame {
     int32_t ix = 0; // trunc(originX)
     int32_t iy = 0;
@@ -49,8 +37,8 @@ struct GradientFrame {
 
     static GradientFrame Make(const GradientPlacement& placement) {
         GradientFrame frame;
-        frame.ix = TruncOrigin(placement.originX);
-        frame.iy = TruncOrigin(placement.originY);
+        frame.ix = TruncateToInt32(placement.originX);
+        frame.iy = TruncateToInt32(placement.originY);
         frame.fx = static_cast<float>(placement.x0 - frame.ix);
         frame.fy = static_cast<float>(placement.y0 - frame.iy);
         return frame;
