@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -20,12 +21,19 @@
 
 namespace {
 
-constexpr int kWidth = 760;
+constexpr int kWidth = 3400;
 constexpr int kHeight = 90;
 constexpr int kSize = 48;
 constexpr int kBaseline = 64;
 const char* const kFont = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
-const std::string kText = std::getenv("TR_TEXT") ? std::getenv("TR_TEXT") : "Hamburgefonstiv Qy&%@";
+
+// Every printable ASCII glyph, so no choice of line flatters the figures.
+std::string DefaultText() {
+    std::string text;
+    for (char c = '!'; c <= '~'; ++c) text += c;
+    return text;
+}
+const std::string kText = std::getenv("TR_TEXT") ? std::getenv("TR_TEXT") : DefaultText();
 
 struct FreeTypeLine {
     std::vector<int> penX;
@@ -88,7 +96,10 @@ TEST(TitlesVsFreeType, FaceMasksAgreeWithFreeTypeBitmaps) {
     }
     CloseSurface(surface);
 
-    long both = 0, either = 0;
+    // Union agreement of the foreground masks, once over every pixel and
+    // once leaving out our pixels of exactly half coverage (24 of 48
+    // footprint samples: alpha 127.5 rounds to 128, just over the threshold).
+    long both = 0, either = 0, bothNoTie = 0, eitherNoTie = 0;
     double differenceSum = 0.0;
     long inspected = 0;
     for (int i = 0; i < kWidth * kHeight; ++i) {
@@ -97,34 +108,54 @@ TEST(TitlesVsFreeType, FaceMasksAgreeWithFreeTypeBitmaps) {
         const bool a = ours > 127, b = theirs > 127;
         both += a && b;
         either += a || b;
+        if (ours != 128) {
+            bothNoTie += a && b;
+            eitherNoTie += a || b;
+        }
         if (ours || theirs) {
             differenceSum += std::abs(ours - theirs);
             ++inspected;
         }
     }
-    double ox = 0, oy = 0, ow = 0, tx = 0, ty = 0, tw = 0;
-    for (int i = 0; i < kWidth * kHeight; ++i) {
-        const double a = pixels[i] >> 24, b = reference.alpha[i];
-        ox += a * (i % kWidth); oy += a * (i / kWidth); ow += a;
-        tx += b * (i % kWidth); ty += b * (i / kWidth); tw += b;
+    // Ink centroids per glyph, over the columns from its pen to the next:
+    // a misplaced glyph or a flipped y moves them by whole pixels, the
+    // quarter-pixel sampling by a fraction.
+    double worstX = 0.0, worstY = 0.0;
+    for (std::size_t g = 0; g < kText.size(); ++g) {
+        const int x0 = reference.penX[g];
+        const int x1 = g + 1 < kText.size() ? reference.penX[g + 1] : kWidth;
+        double ox = 0, oy = 0, ow = 0, tx = 0, ty = 0, tw = 0;
+        for (int y = 0; y < kHeight; ++y) {
+            for (int x = x0; x < x1; ++x) {
+                const double o = pixels[y * kWidth + x] >> 24, t = reference.alpha[y * kWidth + x];
+                ox += o * x; oy += o * y; ow += o;
+                tx += t * x; ty += t * y; tw += t;
+            }
+        }
+        if (tw == 0) continue;  // the space
+        ASSERT_GT(ow, 0.0) << "glyph '" << kText[g] << "' has no ink";
+        worstX = std::max(worstX, std::abs(ox / ow - tx / tw));
+        worstY = std::max(worstY, std::abs(oy / ow - ty / tw));
+        EXPECT_NEAR(ow / tw, 1.0, 0.05) << "ink mass of '" << kText[g] << "'";
     }
-    std::printf("centroid ours %.3f %.3f theirs %.3f %.3f mass %.0f %.0f\n", ox / ow, oy / ow,
-                tx / tw, ty / tw, ow, tw);
-    // A misplaced glyph or a flipped y moves the ink by whole pixels; the
-    // 4-sample horizontal resolution moves stems by at most a quarter pixel.
-    EXPECT_NEAR(ox / ow, tx / tw, 1.0);
-    EXPECT_NEAR(oy / ow, ty / tw, 0.25);
-    EXPECT_NEAR(ow / tw, 1.0, 0.02);
+    std::printf("worst centroid difference per glyph: %.3f px across, %.3f px down\n", worstX, worstY);
+    EXPECT_LT(worstX, 0.3);
+    EXPECT_LT(worstY, 0.3);
     ASSERT_GT(either, 2000);  // the line really was drawn
     const double agreement = static_cast<double>(both) / either;
+    const double agreementNoTie = static_cast<double>(bothNoTie) / eitherNoTie;
     const double meanDifference = differenceSum / inspected;
-    std::printf("mask agreement %.4f over %ld pixels, mean |alpha difference| %.2f over %ld pixels\n",
-                agreement, either, meanDifference, inspected);
-    // Measured: 0.968 for the default line (0.964-0.977 for other lines).
-    // The 2-pixel-tall compositing footprint and the quarter-pixel
-    // horizontal sampling move mask edges by up to a pixel where FreeType's
-    // exact-area coverage crosses 127.
+    std::printf("mask agreement %.4f over %ld pixels (%.4f without half-covered pixels), "
+                "mean |alpha difference| %.2f over %ld pixels\n",
+                agreement, either, agreementNoTie, meanDifference, inspected);
+    // Measured on all printable ASCII: 0.9635 raw, 0.9924 without ties, mean
+    // difference 18.8. Four sub-samples across a pixel put any vertical edge
+    // in the middle quarter of a pixel at exactly half coverage; FreeType's
+    // exact area there is 96-159, so half of those pixels disagree at 127.
+    // Leaving them out, a misplaced, mis-scaled or flipped glyph would still
+    // cost far more than one percent.
     EXPECT_GE(agreement, 0.96);
+    EXPECT_GE(agreementNoTie, 0.99);
     EXPECT_LT(meanDifference, 24.0);
 }
 
