@@ -5,6 +5,7 @@
 #include <bit>
 #include <cmath>
 
+#include "paint/blend_memo.h"
 #include "paint/coverage_footprint.h"
 
 namespace tr {
@@ -17,15 +18,9 @@ void GatherSlots(const CPainter& painter, CColorApplicator* slots[kNumberCount])
     }
 }
 
-namespace {
-
-// The counted path of one pixel: counts of the present numbers, then one
-// ShadeAt per present number 2-15 in increasing order.
-uint32_t CompositeCounted(const FootprintWords& f, CColorApplicator* const* slots, int32_t x,
-                          int32_t y, uint32_t target, int32_t blendMode) {
-    uint8_t counts[kNumberCount];
-    uint32_t painted = CountFootprint(f, counts) & ~((1u << kFirstPaintedNumber) - 1);
-    if (painted == 0) return target;
+uint32_t ShadeAndBlendCounts(uint32_t painted, const uint8_t counts[kNumberCount],
+                             CColorApplicator* const* slots, int32_t x, int32_t y, uint32_t target,
+                             int32_t blendMode) {
     ShadedSums sums;
     for (uint32_t m = painted; m != 0; m &= m - 1) sums.painted += counts[std::countr_zero(m)];
     for (; painted != 0; painted &= painted - 1) {
@@ -36,8 +31,34 @@ uint32_t CompositeCounted(const FootprintWords& f, CColorApplicator* const* slot
     return BlendCounted(target, sums, blendMode);
 }
 
-void CompositeRow(const CPainter& painter, CColorApplicator* const* slots, int32_t ty, int32_t tx0,
-                  int32_t tx1) {
+uint32_t CompositeCounted(const FootprintWords& f, CColorApplicator* const* slots, int32_t x,
+                          int32_t y, uint32_t target, int32_t blendMode) {
+    uint8_t counts[kNumberCount];
+    const uint32_t painted = CountFootprint(f, counts) & ~((1u << kFirstPaintedNumber) - 1);
+    if (painted == 0) return target;
+    return ShadeAndBlendCounts(painted, counts, slots, x, y, target, blendMode);
+}
+
+namespace {
+
+// The counted path of one pixel, remembered in the memo when its numbers
+// allow: counts of the present numbers, then one ShadeAt per present number
+// 2-15 in increasing order.
+uint32_t CompositeCountedMemo(const FootprintWords& f, CColorApplicator* const* slots, int32_t x,
+                              int32_t y, uint32_t target, int32_t blendMode, BlendMemo& memo) {
+    uint8_t counts[kNumberCount];
+    const uint32_t painted = CountFootprint(f, counts) & ~((1u << kFirstPaintedNumber) - 1);
+    if (painted == 0) return target;
+    const uint64_t key = memo.CountedKey(painted, counts);
+    uint32_t result;
+    if (memo.FindCounted(key, target, &result)) return result;
+    result = ShadeAndBlendCounts(painted, counts, slots, x, y, target, blendMode);
+    memo.StoreCounted(key, target, result);
+    return result;
+}
+
+void CompositeRow(const CPainter& painter, CColorApplicator* const* slots, BlendMemo& memo,
+                  int32_t ty, int32_t tx0, int32_t tx1) {
     const int32_t ox = painter.GetOriginColumn();
     const int32_t y = ty - painter.GetOriginRow();
     const int32_t pitch16 = painter.coveragePitch16;
@@ -49,11 +70,16 @@ void CompositeRow(const CPainter& painter, CColorApplicator* const* slots, int32
         uint32_t n;
         if (IsUniformFootprint(f, &n)) {
             if (n < kFirstPaintedNumber) continue;
-            const float alpha = slots[n]->ShadeAt(tx - ox, y);
-            *dst = BlendUniform(*dst, slots[n]->color, alpha, blendMode);
+            uint32_t result;
+            if (!memo.FindUniform(n, *dst, &result)) {
+                const float alpha = slots[n]->ShadeAt(tx - ox, y);
+                result = BlendUniform(*dst, slots[n]->color, alpha, blendMode);
+                memo.StoreUniform(n, *dst, result);
+            }
+            *dst = result;
             continue;
         }
-        *dst = CompositeCounted(f, slots, tx - ox, y, *dst, blendMode);
+        *dst = CompositeCountedMemo(f, slots, tx - ox, y, *dst, blendMode, memo);
     }
 }
 
@@ -176,8 +202,9 @@ void CompositeCharacter(CPainter& painter, const CompositeRect& rect) {
     if (span.IsEmpty()) return;
     CColorApplicator* slots[kNumberCount];
     GatherSlots(painter, slots);
+    BlendMemo memo(slots);
     for (int32_t ty = span.y0; ty < span.y1; ++ty)
-        CompositeRow(painter, slots, ty, span.x0, span.x1);
+        CompositeRow(painter, slots, memo, ty, span.x0, span.x1);
 }
 
 void CompositeCharacterReference(CPainter& painter, const CompositeRect& rect) {

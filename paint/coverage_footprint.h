@@ -180,6 +180,15 @@ inline TargetSpan ClipToPainter(const CPainter& painter, TargetSpan span) {
 // defaults at finish did not run) reads as a shared null colour.
 void GatherSlots(const CPainter& painter, CColorApplicator* slots[kNumberCount]);
 
+// The counted path of one pixel for one character: shades each painted
+// number of `painted` (bit n) once, in increasing order, weighted by its
+// count, and blends. P = 0 leaves the target unchanged in CompositeCounted.
+uint32_t ShadeAndBlendCounts(uint32_t painted, const uint8_t counts[kNumberCount],
+                             CColorApplicator* const* slots, int32_t x, int32_t y, uint32_t target,
+                             int32_t blendMode);
+uint32_t CompositeCounted(const FootprintWords& f, CColorApplicator* const* slots, int32_t x,
+                          int32_t y, uint32_t target, int32_t blendMode);
+
 // Target pixel (x, y): the row start is pitch ÷ 4 × y pixels in.
 inline uint32_t* TargetPixel(const CPainter& painter, int32_t x, int32_t y) {
     return painter.targetPixels + static_cast<int64_t>(painter.targetPitch / 4) * y + x;

@@ -4,10 +4,10 @@
 // One core, instantiated per count class with arrays sized for the class;
 // the two-character class settles joined ties that no layer value decides
 // in favour of the first character, the others give such samples to nobody.
-// A pixel where every character's footprint is uniform (interiors and the
-// empty margins of the image boxes) is decided once for all 48 samples;
-// the others are unpacked to one number per sample and decided sample by
-// sample.
+// A pixel where at most one character paints is that character's own
+// counted pixel; a pixel where every character's footprint is uniform
+// (interiors) is decided once for all 48 samples; the others are unpacked
+// to one number per sample and decided sample by sample.
 #include "paint/overlap_compositor.h"
 
 #include <algorithm>
@@ -38,6 +38,9 @@ uint32_t JoinedSlots(CPainter* const* painters, int32_t count) {
     }
     return joined;
 }
+
+// Nibbles of 2..15 in a coverage word: any of the upper three bits set.
+constexpr uint32_t kPaintedNibbles = 0xEEEEEEEEu;
 
 // Per-pixel state of kMax characters: footprint numbers, owner counts and
 // the layer values asked so far.
@@ -162,6 +165,26 @@ uint32_t CompositeOverlapPixel(OverlapPixel<kMax>& px, const OverlapCharacter* c
         px.y[c] = ty - chars[c].originY;
         words[c] = LoadFootprint(CoveragePixel(painter, px.x[c], px.y[c]), painter.coveragePitch16);
         px.layerKnown[c] = 0;
+    }
+    // A character with no painted number anywhere in its footprint owns
+    // nothing that is shaded; when at most one character paints here, the
+    // pixel is that character's own counted pixel (same shades in the same
+    // order, same blend). The test is on whole words, the unused halves of
+    // the side words included, so it may keep a character it could drop.
+    int32_t painting = 0, only = 0;
+    for (int32_t c = 0; c < count; ++c) {
+        const FootprintWords& f = words[c];
+        const uint32_t any = f.above | f.own0 | f.own1 | f.below | f.left0 | f.left1 | f.right0 |
+                             f.right1;
+        if (any & kPaintedNibbles) {
+            ++painting;
+            only = c;
+        }
+    }
+    if (painting == 0) return target;
+    if (painting == 1) {
+        return CompositeCounted(words[only], chars[only].slots, px.x[only], px.y[only], target,
+                                blendMode);
     }
     if (CompositeUniformFootprints<kMax, kTieToFirst>(px, chars, count, joined, words, target,
                                                       blendMode)) {
