@@ -46,10 +46,11 @@ struct CliRun {
 };
 
 // Runs the CLI with TMPDIR inside the build tree, so nothing it may keep
-// between runs lands outside it.
-CliRun RunCli(const std::vector<std::string>& args) {
+// between runs lands outside it. `shell` is put before the command.
+CliRun RunCli(const std::vector<std::string>& args, const std::string& shell = "") {
     fs::create_directories(kDir / "tmp");
-    std::string command = "TMPDIR=" + Quote((kDir / "tmp").string()) + " " + Quote(TR_CLI_PATH);
+    std::string command =
+        shell + "TMPDIR=" + Quote((kDir / "tmp").string()) + " " + Quote(TR_CLI_PATH);
     for (const std::string& a : args) command += " " + Quote(a);
     const fs::path out = kDir / "stdout.txt", err = kDir / "stderr.txt";
     command += " >" + Quote(out.string()) + " 2>" + Quote(err.string());
@@ -245,6 +246,31 @@ TEST(TitlerenderCli, FailuresExplainThemselvesAndWriteNothing) {
         }
     }
     EXPECT_TRUE(fs::is_directory(directory)) << "the directory is left alone";
+}
+
+#if defined(__SANITIZE_ADDRESS__)
+#define TR_CLI_TEST_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TR_CLI_TEST_SANITIZED 1
+#endif
+#endif
+
+// A 16384 x 16384 canvas needs 1 GiB; with less address space the CLI says
+// so instead of aborting on an uncaught exception.
+TEST(TitlerenderCli, ACanvasThatDoesNotFitInMemoryIsRefused) {
+#ifdef TR_CLI_TEST_SANITIZED
+    GTEST_SKIP() << "the address sanitizer reserves more address space than the limit allows";
+#else
+    const fs::path unwanted = kDir / "huge.png";
+    fs::remove(unwanted);
+    const CliRun run = RunCli({"--text", "I", "--width", "16384", "--height", "16384", "--out",
+                               unwanted.string()},
+                              "ulimit -v 400000; ");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "titlerender: cannot allocate a 16384 x 16384 canvas\n");
+    EXPECT_FALSE(fs::exists(unwanted));
+#endif
 }
 
 TEST(TitlerenderCli, HelpGoesToStandardOutput) {

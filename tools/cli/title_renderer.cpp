@@ -19,6 +19,11 @@
 namespace tr::cli {
 namespace {
 
+// Painter slots of a title character: face, outline, shadow.
+constexpr int32_t kFaceSlot = 2;
+constexpr int32_t kOutlineSlot = 3;
+constexpr int32_t kShadowSlot = 4;
+
 // Fragment kinds of SetFragment used by the title.
 constexpr int32_t kFace = TR_FRAGMENT_FACE;
 constexpr int32_t kOutlineIn = TR_FRAGMENT_OUTLINE_IN;

@@ -11,11 +11,6 @@
 
 namespace tr::cli {
 
-// Painter slots of a title character: face, outline, shadow.
-constexpr int32_t kFaceSlot = 2;
-constexpr int32_t kOutlineSlot = 3;
-constexpr int32_t kShadowSlot = 4;
-
 // Fills the image with the background (when the options ask for one), then
 // draws codes[i] with its pen at penX[i] on the baseline: one surface, one
 // described and finished character per code, composited at close. `glyphs`

@@ -3,8 +3,9 @@
 // Parses the options, lays the text out with FreeType (text_layout), draws
 // it through the library's entry points (title_renderer) into a canvas and
 // writes the canvas as a PNG. Exit status: 0 written (or help shown),
-// 1 font or output file unusable, 2 bad options.
+// 1 font, canvas memory or output file unusable, 2 bad options.
 #include <cstdio>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -38,7 +39,16 @@ int main(int argc, char** argv) {
         return 1;
     }
 
-    std::vector<uint32_t> pixels(static_cast<std::size_t>(options.width) * options.height, 0);
+    // Up to 16384 x 16384 pixels (1 GiB): refuse politely when that much
+    // memory is not there.
+    std::vector<uint32_t> pixels;
+    try {
+        pixels.assign(static_cast<std::size_t>(options.width) * options.height, 0);
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "titlerender: cannot allocate a %d x %d canvas\n", options.width,
+                     options.height);
+        return 1;
+    }
     const ImageBlock image{pixels.data(), options.width, options.height, options.width * 4};
     tr::cli::RenderTitleLine(options, *glyphs, codes, penX, image);
 
