@@ -26,8 +26,11 @@ struct TitleOptions {
     std::string output = "title.png";
 };
 
-// Parses argv; false with a message in `error` on bad input, or with
-// `help` set when --help was asked for.
+// Parses argv[1..argc): pairs of option and value, a later option replacing
+// an earlier one. False with `help` set when --help or -h comes before any
+// error; false with a message in `error` (naming the option, and the value
+// with what was expected when the value is bad) on an unknown option, a
+// missing value or a bad value.
 bool ParseTitleOptions(int argc, char** argv, TitleOptions& options, bool& help,
                        std::string& error);
 const char* TitleOptionsHelp();
