@@ -5,7 +5,10 @@
 // NewCharacterCallBack (with the FreeType glyph source answering the glyph
 // callback), SetFace, SetFragment for the shadow, outline and face, SetColor
 // per painter slot and FinishCharacter; finally CloseSurface composites the
-// line and the image is written as a PNG.
+// line and the image is written as a PNG. Like a host, it creates the
+// character caches before it renders and destroys them before it exits, so
+// a letter that occurs several times is outlined once; the cache files go to
+// "$TMPDIR/CG Cache/" (or /tmp) and are deleted with the caches.
 #include <ft2build.h>
 #include FT_FREETYPE_H
 
@@ -138,11 +141,13 @@ int main(int argc, char** argv) {
     std::vector<uint32_t> pixels(static_cast<std::size_t>(options.width) * options.height, 0);
     SurfaceDescriptor descriptor{{pixels.data(), options.width, options.height, options.width * 4}, 1.0};
     if (!options.transparent) FillSolid(&descriptor.image, options.background);
+    CreateCharacterCaches();
     Surface* surface = CreateSurface(&descriptor);
     for (std::size_t i = 0; i < codes.size(); ++i) {
         DescribeCharacter(surface, options, *glyphs, codes[i], penX[i], static_cast<uint32_t>(i));
     }
     CloseSurface(surface);
+    DestroyCharacterCaches();
 
     if (!tr::WritePngFile(options.output, descriptor.image, error)) {
         std::fprintf(stderr, "titlerender: %s\n", error.c_str());
