@@ -122,7 +122,8 @@ void ExpectBudgetInvariants(Cache& cache, const std::string& where) {
 }
 
 // Swaps out every unreferenced entry, as a replacement pass under a budget of
-// nothing does, then restores the budget.
+// nothing does, then restores the budget. For a cache of which no handle is
+// held: restoring the budget takes no account of referenced entries.
 template <typename Cache>
 void EvictUnreferenced(Cache& cache) {
     const std::uint32_t budget = cache.GetCacheSize();

@@ -167,15 +167,6 @@ TEST_F(DiskCacheTest, EvictionDeletesTheFilesAndTheNextRequestBuildsAgain) {
     EXPECT_EQ(DiskCacheRelease(handle), 1);
 }
 
-TEST_F(DiskCacheTest, DestroyingTheCacheDeletesItsFiles) {
-    SquareHost host;
-    const std::string path = Store(Ticket(host, 'G'));
-    ASSERT_TRUE(fs::exists(path));
-    EXPECT_TRUE(DestroyDiskCache());
-    EXPECT_FALSE(fs::exists(path));
-    ASSERT_TRUE(CreateDiskCache());
-}
-
 // A damaged file is never handed out: the block is built again and is the
 // one a direct build makes. No case may make the reader allocate more than
 // the file holds.

@@ -30,21 +30,6 @@ protected:
     static CharacterDiskCache& Disk() { return *GetDiskCache(); }
 };
 
-TEST_F(MemoryCacheTest, CreateMakesBothLevelsAndDestroyEndsBoth) {
-    EXPECT_NE(GetDiskCache(), nullptr);
-    EXPECT_EQ(Memory().GetCacheSize(), kMemoryCacheBudget);
-    EXPECT_EQ(Disk().GetCacheSize(), kDiskCacheBudget);
-    EXPECT_TRUE(DestroyCharacterCacheLevels());
-    EXPECT_EQ(GetMemoryCache(), nullptr);
-    EXPECT_EQ(GetDiskCache(), nullptr);
-
-    // A disk cache made on its own is kept; the memory cache joins it.
-    ASSERT_TRUE(CreateDiskCache());
-    CharacterDiskCache* disk = GetDiskCache();
-    EXPECT_TRUE(CreateCharacterCacheLevels());
-    EXPECT_EQ(GetDiskCache(), disk);
-}
-
 TEST_F(MemoryCacheTest, AHitIsServedWithoutAskingTheDiskCacheAgain) {
     SquareHost host;
     const OutlineRequest ticket = Ticket(host, 'A');
@@ -71,27 +56,31 @@ TEST_F(MemoryCacheTest, AHitIsServedWithoutAskingTheDiskCacheAgain) {
 }
 
 // The last release keeps the block borrowed unless the entry was invalidated
-// or the memory cache has no flexible budget left (a budget of 0 here).
+// or the memory cache has no flexible budget left once the handle is back (a
+// budget of 0). Each case runs on fresh caches holding nothing else, so that
+// no background pass is due.
 TEST_F(MemoryCacheTest, TheLastReleaseGivesTheBlockBackOnlyWhenInvalidatedOrInPanic) {
     struct Case {
         const char* name;
-        void (*prepare)(CharacterMemoryCache&);
+        std::uint32_t budget;
+        bool flushWhileHeld;
         bool givenBack;
     };
     const Case cases[] = {
-        {"plain", [](CharacterMemoryCache&) {}, false},
-        {"flushed", [](CharacterMemoryCache& c) { c.Flush(); }, true},
-        {"no budget", [](CharacterMemoryCache& c) { c.SetCacheSize(0); }, true},
+        {"plain", kMemoryCacheBudget, false, false},
+        {"flushed", kMemoryCacheBudget, true, true},
+        {"no budget", 0, false, true},
     };
-    std::uint16_t code = 'a';
     for (const Case& c : cases) {
+        DestroyCharacterCacheLevels();
+        ASSERT_TRUE(CreateCharacterCacheLevels());
+        Memory().SetCacheSize(c.budget);
         SquareHost host;
-        const OutlineRequest ticket = Ticket(host, code++);
-        Memory().SetCacheSize(kMemoryCacheBudget);
+        const OutlineRequest ticket = Ticket(host, 'a');
         OMData handle = MemoryCacheGet(ticket);
         ASSERT_NE(handle.pointer, nullptr) << c.name;
         auto* memory = LiveBox(Memory(), ticket);
-        c.prepare(Memory());
+        if (c.flushWhileHeld) Memory().Flush();
         EXPECT_EQ(MemoryCacheRelease(handle), 1) << c.name;
         auto* disk = LiveBox(Disk(), ticket);
         EXPECT_EQ(memory->factory == nullptr, c.givenBack) << c.name;

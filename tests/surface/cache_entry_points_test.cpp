@@ -52,10 +52,20 @@ protected:
 
 TEST_F(CacheEntryPointsTest, CreateAndDestroyReportWhatTheyDid) {
     EXPECT_TRUE(CreateCharacterCaches());
+    ASSERT_NE(GetMemoryCache(), nullptr);
+    ASSERT_NE(GetDiskCache(), nullptr);
+    EXPECT_EQ(GetMemoryCache()->GetCacheSize(), 4u << 20);
+    EXPECT_EQ(GetDiskCache()->GetCacheSize(), 256u << 20);
     EXPECT_FALSE(CreateCharacterCaches()) << "the caches exist already";
     EXPECT_TRUE(DestroyCharacterCaches());
+    EXPECT_EQ(GetMemoryCache(), nullptr);
+    EXPECT_EQ(GetDiskCache(), nullptr);
     EXPECT_FALSE(DestroyCharacterCaches()) << "nothing left to destroy";
-    EXPECT_TRUE(CreateCharacterCaches()) << "made again after a destroy";
+    // A disk cache that exists alone is kept; the memory cache joins it.
+    ASSERT_TRUE(CreateDiskCache());
+    CharacterDiskCache* disk = GetDiskCache();
+    EXPECT_TRUE(CreateCharacterCaches()) << "the memory cache is made";
+    EXPECT_EQ(GetDiskCache(), disk);
 }
 
 TEST_F(CacheEntryPointsTest, WithoutCachesOnlyTheNoCacheFlagGetsAnOutline) {
