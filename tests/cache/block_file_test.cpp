@@ -114,24 +114,29 @@ TEST_F(BlockFileTest, TheReaderRefusesShortAndLyingFilesWithoutAllocatingBeyondT
     delete[] read.pointer;
 }
 
-// The block digest: every single-bit change, a swap of two words, and a
+// The block digest over 109 bytes (three 32-byte stripes, one more word and
+// five tail bytes, so every part of the digest is reached): every single-bit
+// change, a swap of two words (in other lanes or in the same lane), and a
 // change of length give another digest.
 TEST(BlockDigest, EverySmallChangeChangesTheDigest) {
-    std::vector<std::uint8_t> bytes(45);
+    constexpr std::uint32_t kSize = 109;
+    std::vector<std::uint8_t> bytes(kSize);
     for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i * 37 + 11);
-    const std::uint64_t digest = BlockDigest(bytes.data(), 45);
-    EXPECT_EQ(BlockDigest(bytes.data(), 45), digest);
-    for (std::size_t bit = 0; bit < bytes.size() * 8; ++bit) {
+    const std::uint64_t digest = BlockDigest(bytes.data(), kSize);
+    EXPECT_EQ(BlockDigest(bytes.data(), kSize), digest);
+    for (std::size_t bit = 0; bit < kSize * 8; ++bit) {
         bytes[bit / 8] ^= static_cast<std::uint8_t>(1u << (bit % 8));
-        EXPECT_NE(BlockDigest(bytes.data(), 45), digest) << "bit " << bit;
+        EXPECT_NE(BlockDigest(bytes.data(), kSize), digest) << "bit " << bit;
         bytes[bit / 8] ^= static_cast<std::uint8_t>(1u << (bit % 8));
     }
-    std::vector<std::uint8_t> swapped = bytes;
-    std::swap_ranges(swapped.begin(), swapped.begin() + 8, swapped.begin() + 8);
-    EXPECT_NE(BlockDigest(swapped.data(), 45), digest);
-    EXPECT_NE(BlockDigest(bytes.data(), 44), digest);
+    for (const std::size_t other : {8u, 32u, 96u}) {
+        std::vector<std::uint8_t> swapped = bytes;
+        std::swap_ranges(swapped.begin(), swapped.begin() + 8, swapped.begin() + other);
+        EXPECT_NE(BlockDigest(swapped.data(), kSize), digest) << "word 0 swapped with the word at " << other;
+    }
+    EXPECT_NE(BlockDigest(bytes.data(), kSize - 1), digest);
     bytes.push_back(0);
-    EXPECT_NE(BlockDigest(bytes.data(), 46), digest) << "a trailing zero byte";
+    EXPECT_NE(BlockDigest(bytes.data(), kSize + 1), digest) << "a trailing zero byte";
 }
 
 }  // namespace
