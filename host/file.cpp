@@ -2,6 +2,7 @@
 #include "host/file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -95,6 +96,19 @@ int File::Write(const void* buffer, uint32_t count, uint32_t& bytesDone) {
         }
         bytesDone += static_cast<uint32_t>(put);
     }
+    return 0;
+}
+
+int File::GetSize(uint64_t& size) const {
+    size = 0;
+    if (descriptor_ < 0) {
+        return -EBADF;
+    }
+    struct stat status {};
+    if (::fstat(descriptor_, &status) != 0) {
+        return -errno;
+    }
+    size = static_cast<uint64_t>(status.st_size);
     return 0;
 }
 

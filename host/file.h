@@ -40,6 +40,11 @@ public:
     int Read(void* buffer, uint32_t count, uint32_t& bytesDone);
     int Write(const void* buffer, uint32_t count, uint32_t& bytesDone);
 
+    // The file's length in bytes; 0 or a negative value as the other
+    // operations. Lets a reader check a length it was told against what
+    // the file holds before it allocates.
+    int GetSize(uint64_t& size) const;
+
     void Close();
     [[nodiscard]] bool IsOpen() const { return descriptor_ >= 0; }
 

@@ -24,7 +24,6 @@ namespace tr {
 namespace {
 
 constexpr std::int32_t kIdentity[4] = {0x10000, 0, 0, 0x10000};
-constexpr std::size_t kReservedUnits = 32768;
 constexpr double kToleranceDivisor = 16000.0;
 
 // Single-path nudges: edges closer to vertical than kNearVertical are
@@ -134,7 +133,7 @@ void Dispatch(std::list<CContourGroup>& groups, std::int32_t outlineSize, const 
     }
 }
 
-OutlineBuild BuildOutline(const OutlineRequest& request) {
+OutlineBuild BuildOutline(const OutlineRequest& request, std::vector<std::uint64_t>& scratch) {
     OutlineBuild build;
     const GlyphOutlineCallback callback = RequestCallback(request);
     if (callback == nullptr) return build;
@@ -144,12 +143,12 @@ OutlineBuild BuildOutline(const OutlineRequest& request) {
     if (needed > kMaxGlyphBytes) return build;
 
     // (2L + 8) div 8 zeroed eight-byte units; none when that is nothing.
+    // clear() keeps the capacity, so a reused scratch allocates nothing.
     const std::int64_t units = (2 * std::int64_t{needed} + 8) / 8;
-    std::vector<std::uint64_t> buffer;
-    buffer.reserve(kReservedUnits);
-    if (units > 0) buffer.resize(static_cast<std::size_t>(units), 0);
+    scratch.clear();
+    if (units > 0) scratch.resize(static_cast<std::size_t>(units), 0);
     const std::uint32_t told = needed > 0 ? static_cast<std::uint32_t>(needed) : 0;
-    void* bytes = buffer.empty() ? nullptr : buffer.data();
+    void* bytes = scratch.empty() ? nullptr : scratch.data();
 
     const std::int32_t result =
         callback(context, request.characterCode, build.metrics, told, bytes, kIdentity);
@@ -162,8 +161,14 @@ OutlineBuild BuildOutline(const OutlineRequest& request) {
     return build;
 }
 
-OMData BuildOutlineBlock(const OutlineRequest& request) {
-    OutlineBuild build = BuildOutline(request);
+OutlineBuild BuildOutline(const OutlineRequest& request) {
+    std::vector<std::uint64_t> scratch;
+    scratch.reserve(kGlyphScratchUnits);
+    return BuildOutline(request, scratch);
+}
+
+OMData BuildOutlineBlock(const OutlineRequest& request, std::vector<std::uint64_t>& scratch) {
+    OutlineBuild build = BuildOutline(request, scratch);
     CCharacterData data;
     if (!data.BuildBlock(build.groups, build.metrics, request.outlineSize) || data.owned == nullptr) {
         return OMData{};
@@ -172,6 +177,12 @@ OMData BuildOutlineBlock(const OutlineRequest& request) {
     data.owned = nullptr;
     data.data = nullptr;
     return block;
+}
+
+OMData BuildOutlineBlock(const OutlineRequest& request) {
+    std::vector<std::uint64_t> scratch;
+    scratch.reserve(kGlyphScratchUnits);
+    return BuildOutlineBlock(request, scratch);
 }
 
 }  // namespace tr

@@ -1,4 +1,5 @@
-// outline/outline_builder.h — folder-private: the glyph outline builder.
+// outline/outline_builder.h — the glyph outline builder (used here and by
+// the disk cache, which builds blocks on a miss).
 //
 // A build asks the host's glyph callback for one character's outline
 // (first its size, then the data, always with the identity matrix), reads
@@ -11,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <list>
+#include <vector>
 
 #include "outline/block_source.h"
 #include "outline/contour_group.h"
@@ -29,7 +31,16 @@ struct OutlineBuild {
     std::uint8_t metrics[kMetricsSize] = {};
 };
 
-// The whole build; no groups when the callback fails.
+// Eight-byte units reserved for the host's glyph data before a build: room
+// for the outlines of ordinary glyphs, so that they need no further growth.
+constexpr std::size_t kGlyphScratchUnits = 32768;
+
+// The whole build; no groups when the callback fails. The host's glyph data
+// go into `scratch`, whose contents are replaced and whose capacity is kept,
+// so a caller that builds often can keep one scratch for all its builds (one
+// build at a time). Without it, a fresh scratch reserved at
+// kGlyphScratchUnits is used.
+OutlineBuild BuildOutline(const OutlineRequest& request, std::vector<std::uint64_t>& scratch);
 OutlineBuild BuildOutline(const OutlineRequest& request);
 
 // Routes glyph data to the builder of its format: flags & 0x3000 single
@@ -43,6 +54,7 @@ void NudgeNearVertical(Coutline& path);
 
 // BuildOutline packed into a block: (block, size) with ownership passed to
 // the caller (free with delete[]), or (null, 0) when nothing came out.
+OMData BuildOutlineBlock(const OutlineRequest& request, std::vector<std::uint64_t>& scratch);
 OMData BuildOutlineBlock(const OutlineRequest& request);
 
 }  // namespace tr

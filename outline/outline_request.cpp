@@ -24,6 +24,20 @@ OutlineRequest MakeOutlineRequest(uintptr_t context, std::uint32_t flags, std::i
     return request;
 }
 
+}  // namespace tr
+
+bool operator<(const OutlineRequest& a, const OutlineRequest& b) {
+    if (const int text = std::strncmp(a.flagsText, b.flagsText, sizeof a.flagsText); text != 0) {
+        return text < 0;
+    }
+    if (a.reserved34 != b.reserved34) return a.reserved34 < b.reserved34;
+    if (a.characterCode != b.characterCode) return a.characterCode < b.characterCode;
+    if (a.outlineSize != b.outlineSize) return a.outlineSize < b.outlineSize;
+    return static_cast<std::int32_t>(a.extraKey) < static_cast<std::int32_t>(b.extraKey);
+}
+
+namespace tr {
+
 uintptr_t RequestContext(const OutlineRequest& request) {
     return HostValueFromToken(request.context);
 }

@@ -1,5 +1,5 @@
-// outline/outline_request.h — folder-private: the 60-byte outline request,
-// which is also the character caches' key (`OMTicket`).
+// outline/outline_request.h — the 60-byte outline request, which is also
+// the character caches' key (`OMTicket`).
 //
 // Layout (all bytes zeroed first): 0 flags as "%08X" text, zero-terminated,
 // in 32 bytes; 32 character code (u16); 34, 35 zero; 36 context; 40 outline
@@ -39,6 +39,14 @@ static_assert(offsetof(OutlineRequest, characterCode) == 32 &&
               "cache files and key ordering read these byte offsets");
 
 typedef OutlineRequest OMTicket;
+
+// The cache key order: the flags text (strncmp over 32 characters), the byte
+// at 34 (unsigned), the character code (unsigned), the outline size (signed),
+// the extra key (as a signed 32-bit value). Context, callback, byte 35, the
+// flags word and the option word take no part: requests that differ only
+// there name the same block, and the first of them supplies the callback and
+// context that build it.
+bool operator<(const OutlineRequest& a, const OutlineRequest& b);
 
 // Outline request flags read by this subsystem.
 enum : std::uint32_t {

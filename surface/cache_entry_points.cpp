@@ -1,15 +1,19 @@
 // surface/cache_entry_points.cpp — creation and destruction of the character
-// outline caches.
-//
-// The two-level cache is not part of the library yet: outlines are built on
-// every request, creation reports that no cache could be made and
-// destruction that none existed.
+// outline caches: the disk cache, then the memory cache in front of it; torn
+// down in the opposite order, so that every block the memory cache borrowed
+// is back in the disk cache before that goes.
+#include "cache/memory_cache.h"
+#include "surface/entry_guard.h"
 #include "titlerender.h"
 
 extern "C" {
 
-bool CreateCharacterCaches(void) { return false; }
+bool CreateCharacterCaches(void) {
+    return tr::Guarded(false, [] { return tr::CreateCharacterCacheLevels(); });
+}
 
-bool DestroyCharacterCaches(void) { return false; }
+bool DestroyCharacterCaches(void) {
+    return tr::Guarded(false, [] { return tr::DestroyCharacterCacheLevels(); });
+}
 
 }  // extern "C"

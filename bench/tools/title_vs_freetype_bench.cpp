@@ -2,7 +2,10 @@
 // and a 3-px outer outline in flat colours, into a 1920 × 1080 BGRA target:
 // through the library (FinishCharacter plus its share of CloseSurface), and
 // the same job done with FreeType alone (render each glyph, stroke it with
-// FreeType's stroker, blend both into the target).
+// FreeType's stroker, blend both into the target). The library runs as a
+// host runs it, with the character caches (outlines built once, then served
+// from memory), and once more with the no-cache flag, which builds every
+// outline at every character.
 #include <ft2build.h>
 #include FT_FREETYPE_H
 #include FT_GLYPH_H
@@ -107,7 +110,9 @@ void BM_FreeTypeStrokeAndFill(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kLine.size()));
 }
 
-void BM_TitlerenderFaceAndOutline(benchmark::State& state) {
+constexpr uint32_t kNoCache = 0x4000;
+
+void RunTitlerender(benchmark::State& state, uint32_t flags) {
     FreeTypeFont font;
     const Layout layout = LayOut(font.face);
     auto glyphs = tr::tools::GlyphSource::Open(kFont, kSize, tr::tools::GlyphFormat::CurveRecords);
@@ -121,7 +126,7 @@ void BM_TitlerenderFaceAndOutline(benchmark::State& state) {
         SurfaceDescriptor d{{target.data(), kWidth, kHeight, kWidth * 4}, 1.0};
         Surface* surface = CreateSurface(&d);
         for (std::size_t i = 0; i < kLine.size(); ++i) {
-            NewCharacterCallBack(surface, glyphs->Context(), 0, kSize,
+            NewCharacterCallBack(surface, glyphs->Context(), flags, kSize,
                                  &tr::tools::GlyphSource::Callback,
                                  static_cast<unsigned char>(kLine[i]));
             FaceParameters face{kSize, 1.0, 1.0, 0.0, 0.0, 0.0, double(layout.pens[i]),
@@ -139,7 +144,16 @@ void BM_TitlerenderFaceAndOutline(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kLine.size()));
 }
 
+void BM_TitlerenderFaceAndOutline(benchmark::State& state) {
+    CreateCharacterCaches();
+    RunTitlerender(state, 0);
+    DestroyCharacterCaches();
+}
+
+void BM_TitlerenderFaceAndOutlineUncached(benchmark::State& state) { RunTitlerender(state, kNoCache); }
+
 BENCHMARK(BM_FreeTypeStrokeAndFill)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_TitlerenderFaceAndOutline)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_TitlerenderFaceAndOutlineUncached)->Unit(benchmark::kMicrosecond);
 
 }  // namespace

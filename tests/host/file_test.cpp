@@ -148,6 +148,32 @@ TEST_F(FileTest, FailuresAreNegative) {
     EXPECT_FALSE(file.IsOpen());
 }
 
+// The length follows what was written, not what was asked for; a file that
+// is not open has none.
+TEST_F(FileTest, GetSizeReportsTheBytesInTheFile) {
+    const std::string path = root_ + "/sized";
+    File file;
+    uint64_t size = 99;
+    EXPECT_EQ(file.GetSize(size), -EBADF);
+    EXPECT_EQ(size, 0u);
+
+    ASSERT_EQ(File::Open(path, FileAccessFlags::Write, file), 0);
+    ASSERT_EQ(file.GetSize(size), 0);
+    EXPECT_EQ(size, 0u);
+    const std::vector<uint8_t> data = Pattern(5000);
+    uint32_t done = 0;
+    ASSERT_EQ(file.Write(data.data(), 4321, done), 0);
+    ASSERT_EQ(file.GetSize(size), 0);
+    EXPECT_EQ(size, 4321u);
+    file.Close();
+
+    ASSERT_EQ(File::Open(path, FileAccessFlags::Read, file), 0);
+    std::vector<uint8_t> back(10);
+    ASSERT_EQ(file.Read(back.data(), 10, done), 0);
+    ASSERT_EQ(file.GetSize(size), 0);  // independent of the read position
+    EXPECT_EQ(size, fs::file_size(path));
+}
+
 // Sets or clears an environment variable for one scope.
 class ScopedEnvironment {
 public:

@@ -12,6 +12,7 @@
 #include "block_view.h"
 #include "fake_glyph_host.h"
 #include "glyph_data.h"
+#include "cache/memory_cache.h"
 #include "outline/outline_builder.h"
 
 namespace tr {
@@ -54,7 +55,7 @@ TEST(Outline2, CallbackProtocolAndLoadedBlock) {
     ASSERT_NE(outline, nullptr);
     EXPECT_TRUE(outline->IsEmpty());
     EXPECT_EQ(outline->AddOptions(2), 2u);
-    CCharacterData* holder = outline->Load(host.Context(), 0, 160, &FakeGlyphHost::Callback, 'A', 8);
+    CCharacterData* holder = outline->Load(host.Context(), OUTLINE_NO_CACHE, 160, &FakeGlyphHost::Callback, 'A', 8);
     ASSERT_NE(holder, nullptr);
     EXPECT_FALSE(outline->IsEmpty());
 
@@ -99,9 +100,9 @@ TEST(Outline2, LoadTwiceReplacesTheBlockAndNoOutlineGivesNull) {
     EXPECT_EQ(outline.holder.blockSize, test::U32(outline.GetBlock(), 32));
 
     host.data.clear();  // a space: size 0
-    EXPECT_EQ(outline.Load(host.Context(), 0, 16, &FakeGlyphHost::Callback, ' ', 8), nullptr);
+    EXPECT_EQ(outline.Load(host.Context(), OUTLINE_NO_CACHE, 16, &FakeGlyphHost::Callback, ' ', 8), nullptr);
     EXPECT_TRUE(outline.IsEmpty());
-    EXPECT_EQ(outline.Load(host.Context(), 0, 16, nullptr, ' ', 8), nullptr);
+    EXPECT_EQ(outline.Load(host.Context(), OUTLINE_NO_CACHE, 16, nullptr, ' ', 8), nullptr);
 }
 
 TEST(Outline2, UntrustedCallbackAnswers) {
@@ -131,7 +132,7 @@ TEST(Outline2, UntrustedCallbackAnswers) {
         host.sizeAnswer = c.sizeAnswer;
         host.resultAnswer = c.resultAnswer;
         COutline2 outline;
-        const bool loaded = outline.Load(host.Context(), 0, 64, &FakeGlyphHost::Callback, 'x', 0) != nullptr;
+        const bool loaded = outline.Load(host.Context(), OUTLINE_NO_CACHE, 64, &FakeGlyphHost::Callback, 'x', 0) != nullptr;
         EXPECT_EQ(loaded, c.block) << c.name;
         EXPECT_EQ(host.calls.size(), c.secondCalls) << c.name;
     }
@@ -142,7 +143,7 @@ TEST(Outline2, DegenerateContoursKeepGroupsWithoutTriangles) {
     FakeGlyphHost host;
     host.data = test::PolygonGlyph({{}, {{1, 1}}, {{5, 5}, {6, 6}}});
     COutline2 outline;
-    ASSERT_NE(outline.Load(host.Context(), OUTLINE_POLYGON_INPUT, 64, &FakeGlyphHost::Callback, 'x', 0), nullptr);
+    ASSERT_NE(outline.Load(host.Context(), OUTLINE_POLYGON_INPUT | OUTLINE_NO_CACHE, 64, &FakeGlyphHost::Callback, 'x', 0), nullptr);
     ASSERT_EQ(outline.GetGroupCount(), 2u);
     for (std::uint32_t g = 0; g < 2; ++g) EXPECT_EQ(outline.GetTriangleIndexCount(g), 0u);
 }
@@ -158,7 +159,7 @@ TEST(OutlineBuilder, ZeroSizeMeansNoSimplification) {
         FakeGlyphHost host;
         host.data = test::PolygonGlyph(contour);
         COutline2 outline;
-        ASSERT_NE(outline.Load(host.Context(), OUTLINE_POLYGON_INPUT, c.size, &FakeGlyphHost::Callback, 'x', 0), nullptr);
+        ASSERT_NE(outline.Load(host.Context(), OUTLINE_POLYGON_INPUT | OUTLINE_NO_CACHE, c.size, &FakeGlyphHost::Callback, 'x', 0), nullptr);
         EXPECT_EQ(test::U32(outline.GetGroupRecord(0), 8), c.points) << c.size;
     }
 }
@@ -217,7 +218,7 @@ TEST(OutlineBuilder, SinglePathThroughTheBoundaryPass) {
     };
     for (const Case& c : {Case{OUTLINE_SINGLE_PATH_NONZERO, star}, Case{OUTLINE_SINGLE_PATH_ODD, star - pentagon}}) {
         COutline2 outline;
-        ASSERT_NE(outline.Load(host.Context(), c.flags, 64, &FakeGlyphHost::Callback, 'x', 0), nullptr);
+        ASSERT_NE(outline.Load(host.Context(), c.flags | OUTLINE_NO_CACHE, 64, &FakeGlyphHost::Callback, 'x', 0), nullptr);
         // The nudges move a few points by about 0.01; allow for that.
         EXPECT_NEAR(TiledArea(outline.GetBlock()), c.area, 0.01 * radius) << c.flags;
     }
@@ -225,14 +226,85 @@ TEST(OutlineBuilder, SinglePathThroughTheBoundaryPass) {
     // A thin quad (sides about 50, 2.5, 50, 3) is a sliver under option bit 0.
     host.data = CurveGlyph().Polygon({0, 0}).Record(1, {{0.5, 50}, {3, 50}, {3, 0}}).Data();
     COutline2 outline;
-    EXPECT_NE(outline.Load(host.Context(), OUTLINE_SINGLE_PATH_ODD, 64, &FakeGlyphHost::Callback, 'x', 0), nullptr);
+    EXPECT_NE(outline.Load(host.Context(), OUTLINE_SINGLE_PATH_ODD | OUTLINE_NO_CACHE, 64, &FakeGlyphHost::Callback, 'x', 0), nullptr);
     COutline2 withOption;
     withOption.AddOptions(1);
-    EXPECT_EQ(withOption.Load(host.Context(), OUTLINE_SINGLE_PATH_ODD, 64, &FakeGlyphHost::Callback, 'x', 0), nullptr);
+    EXPECT_EQ(withOption.Load(host.Context(), OUTLINE_SINGLE_PATH_ODD | OUTLINE_NO_CACHE, 64, &FakeGlyphHost::Callback, 'x', 0), nullptr);
 
     host.data = CurveGlyph().Polygon({0, 0}).Record(2, {{100, 100}, {100, 0}}).Data();
-    EXPECT_EQ(outline.Load(host.Context(), OUTLINE_SINGLE_PATH_ODD, 64, &FakeGlyphHost::Callback, 'x', 0), nullptr)
+    EXPECT_EQ(outline.Load(host.Context(), OUTLINE_SINGLE_PATH_ODD | OUTLINE_NO_CACHE, 64, &FakeGlyphHost::Callback, 'x', 0), nullptr)
         << "a single path must start with a line record";
+}
+
+// Loads through the character caches, as the rendering pass makes them once
+// the host has created the caches.
+class Outline2CacheTest : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(CreateCharacterCacheLevels()); }
+    void TearDown() override { DestroyCharacterCacheLevels(); }
+};
+
+TEST_F(Outline2CacheTest, TheSecondLoadIsServedByTheCacheUnlessTheRequestSaysNoCache) {
+    struct Case {
+        std::uint32_t flags;
+        bool shared;
+    };
+    for (const Case c : {Case{0, true}, Case{OUTLINE_NO_CACHE, false}}) {
+        FakeGlyphHost host;
+        host.data = SquareGlyph();
+        COutline2 first, second;
+        ASSERT_NE(first.Load(host.Context(), c.flags, 16, &FakeGlyphHost::Callback, 'A', 8), nullptr);
+        ASSERT_NE(second.Load(host.Context(), c.flags, 16, &FakeGlyphHost::Callback, 'A', 8), nullptr);
+        EXPECT_EQ(first.GetBlock() == second.GetBlock(), c.shared) << c.flags;
+        EXPECT_EQ(host.calls.size(), c.shared ? 2u : 4u) << c.flags;
+        EXPECT_EQ(first.holder.fromCache, c.shared) << c.flags;
+        const std::uint32_t size = test::U32(first.GetBlock(), 32);
+        EXPECT_EQ(std::memcmp(first.GetBlock(), second.GetBlock(), size), 0) << c.flags;
+    }
+}
+
+TEST_F(Outline2CacheTest, LoadAndDestructionGiveTheCachedBlockBack) {
+    FakeGlyphHost host;
+    host.data = SquareGlyph();
+    const OutlineRequest ticket =
+        MakeOutlineRequest(host.Context(), 0, 16, &FakeGlyphHost::Callback, 'A', 8, 0);
+    auto refCount = [&] {
+        int held = 0;
+        GetMemoryCache()->ForEachBox(
+            [](CharacterMemoryCache::Box* box, void* count) {
+                *static_cast<int*>(count) += box->refCount;
+                return 0;
+            },
+            &held);
+        return held;
+    };
+    {
+        COutline2 outline;
+        ASSERT_NE(outline.Load(host.Context(), 0, 16, &FakeGlyphHost::Callback, 'A', 8), nullptr);
+        EXPECT_EQ(refCount(), 1);
+        ASSERT_NE(outline.Load(host.Context(), 0, 16, &FakeGlyphHost::Callback, 'A', 8), nullptr);
+        EXPECT_EQ(refCount(), 1) << "the first handle went back";
+        host.data.clear();  // a space: no block, and the previous one goes back
+        EXPECT_EQ(outline.Load(host.Context(), 0, 16, &FakeGlyphHost::Callback, ' ', 8), nullptr);
+        EXPECT_EQ(refCount(), 0);
+        host.data = SquareGlyph();
+        ASSERT_NE(outline.Load(host.Context(), 0, 16, &FakeGlyphHost::Callback, 'A', 8), nullptr);
+    }
+    EXPECT_EQ(refCount(), 0) << "the destructor gave it back";
+    OMData again = MemoryCacheGet(ticket);
+    EXPECT_NE(again.pointer, nullptr);
+    EXPECT_EQ(MemoryCacheRelease(again), 1);
+    EXPECT_EQ(host.calls.size(), 2u + 2u) << "'A' built once, the space asked twice";
+}
+
+TEST(Outline2, WithoutCachesOnlyTheNoCacheFlagGetsABlock) {
+    FakeGlyphHost host;
+    host.data = SquareGlyph();
+    COutline2 outline;
+    EXPECT_EQ(outline.Load(host.Context(), 0, 16, &FakeGlyphHost::Callback, 'A', 8), nullptr);
+    EXPECT_TRUE(outline.holder.fromCache);
+    EXPECT_TRUE(host.calls.empty());
+    EXPECT_NE(outline.Load(host.Context(), OUTLINE_NO_CACHE, 16, &FakeGlyphHost::Callback, 'A', 8), nullptr);
 }
 
 }  // namespace

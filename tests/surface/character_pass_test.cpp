@@ -17,6 +17,7 @@
 namespace {
 
 constexpr uint32_t kPolygonInput = 0x200;
+constexpr uint32_t kNoCache = 0x4000;
 
 // Polygons of doubles: a 56-byte header with the contour count at offset 8,
 // then per contour an 8-byte header with the point count at offset 4 and the
@@ -47,15 +48,21 @@ int32_t PolygonCallback(uintptr_t context, uint32_t, void*, uint32_t size, void*
 
 const uint8_t kPaintSlot2[16] = {2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2};
 
+// Renders as a host does: with the character caches (every character here
+// is the same square under the same key).
 class CharacterPassTest : public ::testing::Test {
 protected:
     void SetUp() override {
+        ASSERT_TRUE(CreateCharacterCaches());
         pixels.assign(200 * 200, 0x11223344u);
         SurfaceDescriptor d{{pixels.data(), 200, 200, 200 * 4}, 1.0};
         surface = CreateSurface(&d);
         square = PolygonData({{0, 0, 100, 0, 100, 100, 0, 100}});
     }
-    void TearDown() override { CloseSurface(surface); }
+    void TearDown() override {
+        CloseSurface(surface);
+        EXPECT_TRUE(DestroyCharacterCaches());
+    }
 
     int32_t Character(double size, double x, double y, bool withFragment, uint32_t options = 0,
                       uint32_t userValue1 = 0) {
@@ -159,7 +166,8 @@ TEST_F(CharacterPassTest, SquareLandsAtTheFacePosition) {
 
 // Renders one square character (0..100 outline units, one unit per pixel)
 // with the given fragments onto a transparent 200 × 200 target and returns
-// the alpha of row `row`.
+// the alpha of row `row`. The cases give different outlines under one
+// character code, so the outlines are built afresh (no cache) each time.
 class SquareRenderTest : public ::testing::Test {
 protected:
     std::vector<int> AlphaRow(const std::vector<std::vector<double>>& contours,
@@ -169,8 +177,8 @@ protected:
         pixels.assign(200 * 200, 0);
         SurfaceDescriptor d{{pixels.data(), 200, 200, 800}, 1.0};
         Surface* surface = CreateSurface(&d);
-        NewCharacterCallBack(surface, reinterpret_cast<uintptr_t>(&data), kPolygonInput, 100,
-                             &PolygonCallback, 'X');
+        NewCharacterCallBack(surface, reinterpret_cast<uintptr_t>(&data), kPolygonInput | kNoCache,
+                             100, &PolygonCallback, 'X');
         FaceParameters face{100.0, 1.0, 1.0, slantA, 0.0, 0.0, x, y, 0.0, 0.0};
         SetFace(surface, &face);
         for (const auto& [kind, slot, width, angle, distance] : fragments) {

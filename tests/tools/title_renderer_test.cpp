@@ -46,7 +46,10 @@ Canvas Render(const TitleOptions& o, const std::vector<uint32_t>& codes,
     canvas.height = o.height;
     canvas.pixels.assign(static_cast<std::size_t>(o.width) * o.height, 0);
     const ImageBlock image{canvas.pixels.data(), o.width, o.height, o.width * 4};
+    // As the CLI does: outlines come through the character caches.
+    CreateCharacterCaches();
     tr::cli::RenderTitleLine(o, *glyphs, codes, pens, image);
+    DestroyCharacterCaches();
     return canvas;
 }
 

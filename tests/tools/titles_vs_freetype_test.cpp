@@ -80,6 +80,8 @@ TEST(TitlesVsFreeType, FaceMasksAgreeWithFreeTypeBitmaps) {
     auto glyphs = tr::tools::GlyphSource::Open(kFont, kSize, tr::tools::GlyphFormat::CurveRecords);
     ASSERT_NE(glyphs, nullptr);
 
+    // As a host does: outlines come through the character caches.
+    ASSERT_TRUE(CreateCharacterCaches());
     std::vector<uint32_t> pixels(kWidth * kHeight, 0);
     SurfaceDescriptor d{{pixels.data(), kWidth, kHeight, kWidth * 4}, 1.0};
     Surface* surface = CreateSurface(&d);
@@ -95,6 +97,7 @@ TEST(TitlesVsFreeType, FaceMasksAgreeWithFreeTypeBitmaps) {
         FinishCharacter(surface, 0, 0, 0, 0);
     }
     CloseSurface(surface);
+    EXPECT_TRUE(DestroyCharacterCaches());
 
     // Union agreement of the foreground masks, once over every pixel and
     // once leaving out our pixels of exactly half coverage (24 of 48

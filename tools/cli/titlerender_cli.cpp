@@ -2,8 +2,12 @@
 //
 // Parses the options, lays the text out with FreeType (text_layout), draws
 // it through the library's entry points (title_renderer) into a canvas and
-// writes the canvas as a PNG. Exit status: 0 written (or help shown),
-// 1 font, canvas memory or output file unusable, 2 bad options.
+// writes the canvas as a PNG. Like a host, it creates the character caches
+// before it renders and destroys them before it exits, so a letter that
+// occurs several times is outlined once; the cache files go to
+// "$TMPDIR/CG Cache/" (or /tmp) and are deleted with the caches.
+// Exit status: 0 written (or help shown), 1 font, canvas memory or output
+// file unusable, 2 bad options.
 #include <cstdio>
 #include <new>
 #include <string>
@@ -50,7 +54,9 @@ int main(int argc, char** argv) {
         return 1;
     }
     const ImageBlock image{pixels.data(), options.width, options.height, options.width * 4};
+    CreateCharacterCaches();
     tr::cli::RenderTitleLine(options, *glyphs, codes, penX, image);
+    DestroyCharacterCaches();
 
     if (!tr::WritePngFile(options.output, image, error)) {
         std::fprintf(stderr, "titlerender: %s\n", error.c_str());

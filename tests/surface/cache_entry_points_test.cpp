@@ -1,0 +1,127 @@
+// Tests of the character cache entry points as a host uses them: what they
+// report, that a glyph rendered twice is built once, and that a cache file
+// damaged between two renders changes nothing on screen.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "tests/cache/cache_level_support.h"
+#include "titlerender.h"
+
+namespace tr::test {
+namespace {
+
+constexpr int kSide = 64;
+const std::uint8_t kPaintSlot2[16] = {2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2};
+
+struct Render {
+    std::vector<std::uint32_t> pixels;
+    std::int32_t plan = 0;
+};
+
+// One character, its face and an outer outline, at one outline unit per
+// pixel, onto a transparent target.
+Render RenderCharacter(SquareHost& host, std::uint32_t code, std::uint32_t flags = 0) {
+    Render render;
+    render.pixels.assign(kSide * kSide, 0);
+    SurfaceDescriptor descriptor{{render.pixels.data(), kSide, kSide, kSide * 4}, 1.0};
+    Surface* surface = CreateSurface(&descriptor);
+    NewCharacterCallBack(surface, host.Context(), flags, 64, &SquareHost::Callback, code);
+    FaceParameters face{64.0, 1.0, 1.0, 0.0, 0.0, 0.0, 10.0, 50.0, 0.0, 0.0};
+    SetFace(surface, &face);
+    SetFragment(surface, kPaintSlot2, 0, 0.0, 0.0, 0.0);
+    const std::uint8_t outlineSlot3[16] = {3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3};
+    SetFragment(surface, outlineSlot3, 2, 3.0, 0.0, 0.0);
+    SetColor(surface, 2, 0xFF2040E0u);
+    SetColor(surface, 3, 0xC0F0F020u);
+    render.plan = FinishCharacter(surface, 0, 0, 0, 0);
+    CloseSurface(surface);
+    return render;
+}
+
+int Inked(const Render& render) {
+    int count = 0;
+    for (std::uint32_t pixel : render.pixels) count += (pixel >> 24) != 0;
+    return count;
+}
+
+class CacheEntryPointsTest : public ::testing::Test {
+protected:
+    void TearDown() override { DestroyCharacterCaches(); }
+};
+
+TEST_F(CacheEntryPointsTest, CreateAndDestroyReportWhatTheyDid) {
+    EXPECT_TRUE(CreateCharacterCaches());
+    ASSERT_NE(GetMemoryCache(), nullptr);
+    ASSERT_NE(GetDiskCache(), nullptr);
+    EXPECT_EQ(GetMemoryCache()->GetCacheSize(), 4u << 20);
+    EXPECT_EQ(GetDiskCache()->GetCacheSize(), 256u << 20);
+    EXPECT_FALSE(CreateCharacterCaches()) << "the caches exist already";
+    EXPECT_TRUE(DestroyCharacterCaches());
+    EXPECT_EQ(GetMemoryCache(), nullptr);
+    EXPECT_EQ(GetDiskCache(), nullptr);
+    EXPECT_FALSE(DestroyCharacterCaches()) << "nothing left to destroy";
+    // A disk cache that exists alone is kept; the memory cache joins it.
+    ASSERT_TRUE(CreateDiskCache());
+    CharacterDiskCache* disk = GetDiskCache();
+    EXPECT_TRUE(CreateCharacterCaches()) << "the memory cache is made";
+    EXPECT_EQ(GetDiskCache(), disk);
+}
+
+TEST_F(CacheEntryPointsTest, WithoutCachesOnlyTheNoCacheFlagGetsAnOutline) {
+    SquareHost host;
+    const Render cached = RenderCharacter(host, 'X');
+    EXPECT_EQ(cached.plan, 0);
+    EXPECT_EQ(Inked(cached), 0);
+    EXPECT_EQ(host.calls.load(), 0) << "no cache, no build";
+    const Render direct = RenderCharacter(host, 'X', OUTLINE_NO_CACHE);
+    EXPECT_EQ(direct.plan, 1);
+    EXPECT_EQ(host.Builds(), 1);
+    const int side = 'X' % 61 + 4;  // SquareHost's square, one unit per pixel
+    EXPECT_GT(Inked(direct), side * side);
+}
+
+TEST_F(CacheEntryPointsTest, TheSameGlyphRenderedTwiceIsBuiltOnce) {
+    ASSERT_TRUE(CreateCharacterCaches());
+    SquareHost host;
+    const Render first = RenderCharacter(host, 'X');
+    const Render second = RenderCharacter(host, 'X');
+    EXPECT_EQ(first.plan, 1);
+    EXPECT_EQ(host.calls.load(), 2) << "asked for size and data once";
+    EXPECT_EQ(second.pixels, first.pixels);
+
+    // The no-cache flag builds at every render, and draws the same.
+    SquareHost direct;
+    const Render uncached = RenderCharacter(direct, 'X', OUTLINE_NO_CACHE);
+    RenderCharacter(direct, 'X', OUTLINE_NO_CACHE);
+    EXPECT_EQ(direct.Builds(), 2);
+    EXPECT_EQ(uncached.pixels, first.pixels);
+}
+
+TEST_F(CacheEntryPointsTest, ADamagedCacheFileRendersTheCharacterAsBefore) {
+    ASSERT_TRUE(CreateCharacterCaches());
+    SquareHost host;
+    const Render before = RenderCharacter(host, 'M');
+    ASSERT_EQ(before.plan, 1);
+    // Push the block out of memory so that its file is written.
+    EvictUnreferenced(*GetMemoryCache());
+    const OutlineRequest ticket = Ticket(host, 'M');
+    auto* box = LiveBox(*GetDiskCache(), ticket);
+    ASSERT_NE(box, nullptr);
+    ASSERT_TRUE(box->factory->onDisk);
+    const std::string path = FileOf(*box->factory);
+    auto file = FileBytes(path);
+    ASSERT_TRUE(file.has_value());
+    // Garbage of the right length: the size word stays, the block does not.
+    for (std::size_t i = 4; i < file->size(); ++i) (*file)[i] = static_cast<std::uint8_t>(i * 151 + 7);
+    WriteFileBytes(path, *file);
+
+    const Render after = RenderCharacter(host, 'M');
+    EXPECT_EQ(after.plan, 1);
+    EXPECT_EQ(after.pixels, before.pixels);
+    EXPECT_EQ(host.Builds(), 2) << "the damaged file was not used";
+    std::filesystem::remove(path);
+}
+
+}  // namespace
+}  // namespace tr::test
