@@ -4,7 +4,9 @@
 // Flat and null colours shade every pixel alike and without side effects,
 // so when every number present in a footprint belongs to such a slot the
 // blended pixel depends only on the counts of the painted numbers and on
-// the target pixel. Along a glyph the same few count patterns meet the same
+// the target pixel. The painter keeps its memo across the regions of one
+// close; a memo is only reused while the painter's slots hold the same
+// applicators with the same colours. Along a glyph the same few count patterns meet the same
 // background again and again; the memo hands back the earlier result
 // instead of shading and blending once more. Results are those of the
 // blend itself, so memoised and fresh pixels are the same bit for bit.
@@ -23,10 +25,26 @@ namespace tr {
 class BlendMemo {
 public:
     explicit BlendMemo(CColorApplicator* const* slots) {
-        for (uint32_t n = kFirstPaintedNumber; n < kNumberCount; ++n) {
+        for (uint32_t n = 0; n < kNumberCount; ++n) {
+            slots_[n] = slots[n];
+            kinds_[n] = &typeid(*slots[n]);
+            colors_[n] = slots[n]->color;
+            if (n < kFirstPaintedNumber) continue;
             const std::type_info& kind = typeid(*slots[n]);
             if (kind == typeid(CColor) || kind == typeid(CNullColor)) constant_ |= 1u << n;
         }
+    }
+
+    // True while the slots hold the applicators and colours the memo was
+    // made for.
+    bool Matches(CColorApplicator* const* slots) const {
+        for (uint32_t n = 0; n < kNumberCount; ++n) {
+            if (slots[n] != slots_[n] || typeid(*slots[n]) != *kinds_[n]) return false;
+            const WorkingColor& c = slots[n]->color;
+            const WorkingColor& m = colors_[n];
+            if (c.c0 != m.c0 || c.c1 != m.c1 || c.c2 != m.c2 || c.alpha != m.alpha) return false;
+        }
+        return true;
     }
 
     // Uniform footprints of number n (the fast path: one shade, no counts).
@@ -84,6 +102,9 @@ private:
         return static_cast<uint32_t>(h >> (64 - kCountedBits));
     }
 
+    CColorApplicator* slots_[kNumberCount];
+    const std::type_info* kinds_[kNumberCount];
+    WorkingColor colors_[kNumberCount];
     uint32_t constant_ = 0;  // bit n: slot n shades alike everywhere
     UniformEntry uniform_[kNumberCount];
     CountedEntry counted_[1u << kCountedBits];

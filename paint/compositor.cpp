@@ -196,13 +196,20 @@ uint32_t CompositePixelReference(const CPainter& painter, CColorApplicator* cons
 }  // namespace
 }  // namespace tr
 
+void tr::BlendMemoDeleter::operator()(BlendMemo* memo) const { delete memo; }
+
+tr::BlendMemo& CPainter::CompositingMemo(CColorApplicator* const* slots) {
+    if (!blendMemo_ || !blendMemo_->Matches(slots)) blendMemo_.reset(new tr::BlendMemo(slots));
+    return *blendMemo_;
+}
+
 void CompositeCharacter(CPainter& painter, const CompositeRect& rect) {
     using namespace tr;
     const TargetSpan span = ClipToPainter(painter, SpanOf(rect));
     if (span.IsEmpty()) return;
     CColorApplicator* slots[kNumberCount];
     GatherSlots(painter, slots);
-    BlendMemo memo(slots);
+    BlendMemo& memo = painter.CompositingMemo(slots);
     for (int32_t ty = span.y0; ty < span.y1; ++ty)
         CompositeRow(painter, slots, memo, ty, span.x0, span.x1);
 }

@@ -16,6 +16,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "paint/color_applicator.h"
 #include "paint/shader_mixer.h"
@@ -23,6 +24,13 @@
 
 class CShaderMixer;
 class CStackPainter;
+namespace tr {
+class BlendMemo;
+// Defined with the compositor, the memo's only user.
+struct BlendMemoDeleter {
+    void operator()(BlendMemo* memo) const;
+};
+}  // namespace tr
 
 class CPainter {
 public:
@@ -92,6 +100,11 @@ public:
     // position and then their own PrepareForCharacter.
     void PrepareApplicators();
 
+    // The compositor's remembered blends for these slots (paint/blend_memo.h):
+    // kept across compositing calls, made anew when the slots changed.
+    // Defined in compositor.cpp.
+    tr::BlendMemo& CompositingMemo(CColorApplicator* const* slots);
+
     // floor(position) as integers: where coverage pixel (0, 0) lands.
     int32_t GetOriginColumn() const;
     int32_t GetOriginRow() const;
@@ -123,4 +136,5 @@ private:
 
     CColorApplicator* slots_[kSlotCount] = {};
     double opacity = 1.0;
+    std::unique_ptr<tr::BlendMemo, tr::BlendMemoDeleter> blendMemo_;
 };
