@@ -1,6 +1,6 @@
-// Tests of the character rendering pass through the C entry points, with a
-// glyph callback that answers in the polygon format. Outline units are
-// target pixels at face size 100; every outline is built afresh (no cache).
+// Tests of the character rendering pass through the C entry points. Outline
+// units are target pixels at face size 100; every outline is built afresh
+// (no cache).
 #include "surface/character_pass.h"
 
 #include <gtest/gtest.h>
@@ -13,43 +13,16 @@
 #include <vector>
 
 #include "paint/painter.h"
+#include "polygon_glyph.h"
 #include "surface/character_context.h"
 #include "surface/surface.h"
 #include "titlerender.h"
 
 namespace {
 
-constexpr uint32_t kPolygonInput = 0x200;
+using tr_test::Contours;
+using tr_test::kSquare;
 constexpr uint32_t kNoCache = 0x4000;
-using Contours = std::vector<std::vector<double>>;
-const Contours kSquare = {{0, 0, 100, 0, 100, 100, 0, 100}};
-
-// Polygons of doubles: a 56-byte header with the contour count at offset 8,
-// then per contour an 8-byte header with the point count at offset 4 and the
-// (x, y) pairs.
-std::vector<uint8_t> PolygonData(const Contours& contours) {
-    std::vector<uint8_t> data(56, 0);
-    const uint32_t count = static_cast<uint32_t>(contours.size());
-    std::memcpy(data.data() + 8, &count, 4);
-    for (const auto& xy : contours) {
-        uint8_t header[8] = {};
-        const uint32_t points = static_cast<uint32_t>(xy.size() / 2);
-        std::memcpy(header + 4, &points, 4);
-        data.insert(data.end(), header, header + 8);
-        const auto* bytes = reinterpret_cast<const uint8_t*>(xy.data());
-        data.insert(data.end(), bytes, bytes + xy.size() * sizeof(double));
-    }
-    return data;
-}
-
-int32_t PolygonCallback(uintptr_t context, uint32_t, void*, uint32_t size, void* buffer,
-                        const int32_t*) {
-    const auto& data = *reinterpret_cast<const std::vector<uint8_t>*>(context);
-    if (size == 0 || !buffer) return static_cast<int32_t>(data.size());
-    if (size < data.size()) return 0;
-    std::memcpy(buffer, data.data(), data.size());
-    return static_cast<int32_t>(data.size());
-}
 
 // (kind, colour slot, width, angle, distance); slot s paints 0xFF00000s.
 using Fragment = std::tuple<int32_t, uint8_t, double, double, double>;
@@ -65,9 +38,9 @@ protected:
     int32_t Character(const Contours& contours, const std::vector<Fragment>& fragments,
                       double size = 100.0, double x = 50.0, double y = 150.0, uint32_t options = 0,
                       uint32_t userValue1 = 0, double slantA = 0.0) {
-        const auto& data = glyphs.emplace_back(PolygonData(contours));
-        NewCharacterCallBack(surface, reinterpret_cast<uintptr_t>(&data), kPolygonInput | kNoCache,
-                             100, &PolygonCallback, 'X');
+        const auto& data = glyphs.emplace_back(tr_test::PolygonData(contours));
+        NewCharacterCallBack(surface, reinterpret_cast<uintptr_t>(&data),
+                             tr_test::kPolygonInput | kNoCache, 100, &tr_test::PolygonCallback, 'X');
         FaceParameters face{size, 1.0, 1.0, slantA, 0.0, 0.0, x, y, 0.0, 0.0};
         SetFace(surface, &face);
         for (const auto& [kind, slot, width, angle, distance] : fragments) {

@@ -8,12 +8,9 @@
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <thread>
-#include <vector>
 
 #include "paint/painter.h"
 #include "paint/soft_shadow.h"
-#include "paint/stack_painter.h"
 #include "surface/character_context.h"
 #include "titlerender.h"
 
@@ -86,28 +83,6 @@ TEST(Surface, SoftShadowBlurAndShifts) {
     EXPECT_FLOAT_EQ(shadow->color.alpha, 128.0f / 255.0f);
 }
 
-TEST(Surface, PainterCallsReachOnlySlotsThatTakeThem) {
-    SurfacePtr s = MakeSurface();
-    NewCharacterCallBack(s.get(), 0, 0, 0, nullptr, 'A');
-    CPainter* painter = s->painters;
-    SetRectangleForPainter(s.get(), 3, 1, 2, 3, 4, 0.5); // empty slot: nothing
-    EXPECT_EQ(painter->GetSlot(3), nullptr);
-    SetColor(s.get(), 3, 0xFF112233u);
-    SetRectangleForPainter(s.get(), 3, 1, 2, 3, 4, 0.5);
-    EXPECT_EQ(painter->GetSlot(3)->explicitRectangle.halfHeight, 4.0);
-    SetSoftShadowColor(s.get(), 0, 1.0, 0, 0, 0, 0);
-    SetRectangleForPainter(s.get(), 16, 1, 2, 3, 4, 0.5); // the shadow takes no rectangle
-    EXPECT_EQ(painter->GetSlot(16)->hasExplicitRectangle, 0);
-    const LayerDescriptor layer{5, 0, 2.0, 3.0, 4, 0};
-    SetStackPainter(s.get(), 16, 1);
-    SetStackLayer(s.get(), 16, 2, &layer);
-    SetStackLayer(s.get(), 16, 4, &layer); // no layer 4
-    ASSERT_NE(painter->GetStackPainter(16), nullptr);
-    EXPECT_EQ(painter->GetStackPainter(16)->GetLayerDescriptor(2).kind, 5u);
-    SetStackPainter(s.get(), 99, 0); // out of range: slot 1
-    EXPECT_NE(painter->GetStackPainter(1), nullptr);
-}
-
 // A bevel adds an outer outline of its size; a wide-outline character widens
 // it by 1.42 and adds the mapless twin; a bevel without size adds nothing.
 TEST(Surface, BevelAddsOuterOutlineFragment) {
@@ -130,33 +105,29 @@ TEST(Surface, BevelAddsOuterOutlineFragment) {
     EXPECT_EQ(s->character->fragments.size(), 0u);
 }
 
+// Calls without a surface, a character or a record do nothing. A finish
+// without an outline makes no plan and drops the painters, so painter calls
+// reach nothing until the next character.
 TEST(Surface, CallsInTheWrongStateAreHarmless) {
     const uint8_t map[16] = {};
     FaceParameters f = Face(10.0, 0.0, 0.0);
-    const LayerDescriptor layer{};
     const BevelRecord bevel{};
     SetFace(nullptr, &f);
     SetFragment(nullptr, map, 0, 1.0, 0.0, 0.0);
     EXPECT_EQ(FinishCharacter(nullptr, 0, 0, 0, 0), 0);
     NewCharacterCallBack(nullptr, 0, 0, 0, nullptr, 0);
-    SetColor(nullptr, 2, 0);
     SetBevel(nullptr, 2, &bevel, nullptr, nullptr, nullptr);
-    SetStackLayer(nullptr, 2, 0, &layer);
-    EXPECT_EQ(GetSurfaceHostBytes(nullptr), nullptr);
     EXPECT_EQ(AddOutlineFlags(nullptr, 5), 5u);
     CloseSurface(nullptr);
-    // No current character, null records.
     SurfacePtr s = MakeSurface();
     SetFace(s.get(), nullptr);
     SetFragment(s.get(), map, 0, 1.0, 0.0, 0.0);
     SetSoftShadowColor(s.get(), 0, 1.0, 0, 0, 0, 0);
     SetBevel(s.get(), 2, &bevel, nullptr, nullptr, nullptr);
-    AddToStackPainter(s.get(), 2, nullptr);
     EXPECT_EQ(FinishCharacter(s.get(), 0, 0, 0, 0), 0);
-    // A finish without an outline makes no plan and drops the painters;
-    // painter calls then reach nothing, and the next character starts afresh.
     NewCharacterCallBack(s.get(), 0, 0, 0, nullptr, 'A');
     SetBevel(s.get(), 3, nullptr, nullptr, nullptr, nullptr);
+    AddToStackPainter(s.get(), 2, nullptr);
     SetFace(s.get(), &f);
     SetFragment(s.get(), kSlot2, 0, 0.0, 0.0, 0.0);
     SetColor(s.get(), 2, 0xFFFFFFFFu);
@@ -164,33 +135,9 @@ TEST(Surface, CallsInTheWrongStateAreHarmless) {
     EXPECT_EQ(s->plans.GetCount(), 1u);
     EXPECT_EQ(s->painters, nullptr);
     SetColor(s.get(), 2, 0xFF000000u);
-    SetPainterOpacity(s.get(), 0.5);
     NewCharacterCallBack(s.get(), 0, 0, 0, nullptr, 'B');
     ASSERT_NE(s->painters, nullptr);
     EXPECT_EQ(s->character->fragments.size(), 0u);
-}
-
-TEST(Surface, ManySurfacesFromSeveralThreads) {
-    auto worker = [](int seed) {
-        uint32_t pixels[64] = {};
-        for (int i = 0; i < 100; ++i) {
-            SurfaceDescriptor d{{pixels, 8, 8, 32}, 1.0};
-            Surface* s = CreateSurface(&d);
-            for (int c = 0; c < 3; ++c) {
-                NewCharacterCallBack(s, 0, 0, 0, nullptr, static_cast<uint32_t>('a' + c));
-                FaceParameters f = Face(20.0 + seed, c, c);
-                SetFace(s, &f);
-                SetColor(s, 2, 0xFF000000u | static_cast<uint32_t>(seed));
-                SetSoftShadowColor(s, 1, 3.0, 0x80000000u, 1.0, 1.0, 0.0);
-                EXPECT_EQ(FinishCharacter(s, 0, 0, static_cast<uint32_t>(c), 0), 0);
-            }
-            CloseSurface(s);
-        }
-        for (uint32_t p : pixels) EXPECT_EQ(p, 0u); // nothing rendered, nothing written
-    };
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) threads.emplace_back(worker, t);
-    for (std::thread& t : threads) t.join();
 }
 
 } // namespace
