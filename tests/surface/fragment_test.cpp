@@ -9,15 +9,12 @@
 
 namespace {
 
-struct RuleCase {
-    int32_t kind;
-    double width;
-    double distance;
-    std::optional<int32_t> expected;
-};
-
 TEST(FragmentRules, KindsAfterWidthAndDistanceRules) {
-    const RuleCase cases[] = {
+    const struct {
+        int32_t kind;
+        double width, distance;
+        std::optional<int32_t> expected;
+    } cases[] = {
         // Faces are never dropped.
         {0, 0.0, 0.0, 0}, {0, 3.0, 2.0, 0},
         // Strokes without width vanish.
@@ -34,17 +31,10 @@ TEST(FragmentRules, KindsAfterWidthAndDistanceRules) {
         // Kinds outside 0-9 pass unchanged (drawn as faces later).
         {12, 0.0, 0.0, 12}, {-3, 0.0, 0.0, -3},
     };
-    for (const RuleCase& c : cases) {
+    for (const auto& c : cases) {
         EXPECT_EQ(ApplyFragmentRules(c.kind, c.width, c.distance), c.expected)
             << "kind " << c.kind << " width " << c.width << " distance " << c.distance;
     }
-}
-
-TEST(FragmentRules, TraceNamesArePaddedToSixteen) {
-    EXPECT_STREQ(FragmentKindName(0), "Face            ");
-    EXPECT_STREQ(FragmentKindName(5), "OutlineOutShadow");
-    EXPECT_STREQ(FragmentKindName(6), "ERR*****");
-    EXPECT_STREQ(FragmentKindName(-1), "ERR*****");
 }
 
 // Option 0x400 makes outlines wide: every stroke fragment is followed by a

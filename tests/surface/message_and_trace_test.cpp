@@ -74,21 +74,4 @@ TEST_F(TraceTest, DescribingCallsAppendTheirLines) {
     EXPECT_EQ(Contents(), expected);
 }
 
-// A record-only surface writes no close line; with the switch off nothing
-// is written at all.
-TEST_F(TraceTest, SilentCases) {
-    Surface* s = CreateSurface(nullptr);
-    ScriptCallbacks callbacks{nullptr, nullptr, 0};
-    CScript* script = AttachRecordingScript(s, &callbacks);
-    const std::string before = Contents();
-    SetColor(s, 2, 0);
-    CloseSurface(s);
-    EXPECT_EQ(Contents(), before);
-    DeleteScript(script);
-    tr::SetTraceSwitch(false);
-    std::filesystem::remove(dir_ / tr::kTraceFileName);
-    CloseSurface(CreateSurface(nullptr));
-    EXPECT_FALSE(std::filesystem::exists(dir_ / tr::kTraceFileName));
-}
-
 }  // namespace

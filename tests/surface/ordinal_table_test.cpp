@@ -65,23 +65,18 @@ TEST(OrdinalTable, MatchesHeaderAndIsSorted) {
     }
 }
 
+// Ordinal 12 is exported by name as well; all others by number only.
 TEST(OrdinalTable, ModuleDefinitionListsEveryOrdinal) {
     const std::string def = ReadSourceFile("titlerender.def");
-    std::map<std::string, std::string> listed;  // name -> "@n" plus NONAME
-    // Export lines read "    Name @ordinal [NONAME]".
-    std::istringstream in(def);
-    for (std::string text; std::getline(in, text);) {
-        std::istringstream fields(text);
-        std::string name, ordinal, flag;
-        if (!(fields >> name >> ordinal) || ordinal.empty() || ordinal[0] != '@') continue;
-        fields >> flag;
-        listed[name] = ordinal.substr(1) + (flag == "NONAME" ? "N" : "");
+    const std::regex line(R"(^\s*(\w+)\s+@(\d+)(\s+NONAME)?)", std::regex::multiline);
+    std::map<std::string, std::string> listed; // name -> ordinal, "N" when NONAME
+    for (std::sregex_iterator it(def.begin(), def.end(), line), end; it != end; ++it) {
+        listed[(*it)[1]] = (*it)[2].str() + ((*it)[3].matched ? "N" : "");
     }
     ASSERT_EQ(listed.size(), tr::GetOrdinalTable().size());
     for (const tr::OrdinalEntry& entry : tr::GetOrdinalTable()) {
-        // Ordinal 12 is exported by name as well; all others by number only.
-        const std::string expected = std::to_string(entry.ordinal) + (entry.ordinal == 12 ? "" : "N");
-        EXPECT_EQ(listed[entry.name], expected) << entry.name;
+        EXPECT_EQ(listed[entry.name], std::to_string(entry.ordinal) + (entry.ordinal == 12 ? "" : "N"))
+            << entry.name;
     }
 }
 

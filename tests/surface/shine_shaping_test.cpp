@@ -1,6 +1,6 @@
 // Shine shaping: the pieces of the blend weight change over at r = 0.1 and
-// r = 0.7 (not one value later), in both working precisions, and the angle
-// limit moves only angles strictly inside (-0.001, 0.001).
+// r = 0.7 (not one value later), in both working precisions. The rest of the
+// shine is pinned by the generators' reference pixel tests.
 #include "surface/shine_shaping.h"
 
 #include <gtest/gtest.h>
@@ -25,14 +25,6 @@ TYPED_TEST(ShineShaping, PiecesChangeAtTheirBreakpoints) {
     EXPECT_NEAR(tr::ShineFactor(T(0.7)), T(0.8749962), tolerance);
     EXPECT_NEAR(tr::ShineFactor(T(1)), T(0.999996), tolerance);
     EXPECT_EQ(tr::ShineFactor(T(2)), T(1));
-}
-
-TYPED_TEST(ShineShaping, SmallAnglesMoveToTheFloatOfOneThousandth) {
-    using T = TypeParam;
-    for (T a : {T(0), T(-0), T(-0.0009), std::nextafter(T(0.001), T(0))}) {
-        EXPECT_EQ(tr::LimitShineAngle(a), T(0.0010000000474974513)) << a;
-    }
-    for (T a : {T(0.001), T(-0.001), T(-1.5)}) EXPECT_EQ(tr::LimitShineAngle(a), a) << a;
 }
 
 } // namespace
