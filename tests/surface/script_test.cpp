@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -103,9 +104,11 @@ TEST_F(ScriptTest, RecordOnlySurfaceDoesNotExecuteAndItsCloneIsDeep) {
     PlayScript(&d, nullptr, 0);
 }
 
-// Spreading sorts the faces by x and moves the i-th of n by i * v / (n - 1),
-// its integer part into faceA; the list order is unchanged.
-TEST_F(ScriptTest, SpreadFacesSortsAndSteps) {
+// Spreading sorts the faces by x and moves the i-th of n by i * v / (n - 1);
+// moves add to x or y. The integer parts, truncated, go to faceA and faceB;
+// unknown operations and null values change nothing. Playback snaps the
+// stored positions again, to trunc(16 v + 0.5) / 16.
+TEST_F(ScriptTest, FaceAdjustmentsAndPlaybackSnap) {
     Surface* s = NewSurface();
     CScript* script = AttachRecordingScript(s, &callbacks);
     for (double x : {30.0, 10.0, 20.0}) {
@@ -113,36 +116,27 @@ TEST_F(ScriptTest, SpreadFacesSortsAndSteps) {
         SetFace(s, &f);
     }
     CloseSurface(s);
-    const double v = 10.0;
-    AdjustScript(script, 0, &v);
-    const auto faces = Faces(script);
-    const double x[3] = {40.0, 10.0, 25.0};
-    const int32_t faceA[3] = {10, 0, 5};
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(faces[i]->parameters.x, x[i]) << i;
-        EXPECT_EQ(faces[i]->faceA, faceA[i]) << i;
-    }
-    DeleteScript(script);
-}
-
-// Moves add to x or y and their integer part, truncated, to faceA or faceB;
-// spreading a single face and unknown operations change nothing.
-TEST_F(ScriptTest, MoveAdjustments) {
-    Surface* s = NewSurface();
-    CScript* script = AttachRecordingScript(s, &callbacks);
-    FaceParameters f = Face(10.0);
-    SetFace(s, &f);
-    CloseSurface(s);
-    const double minus = -2.7, three = 3.0;
+    const double ten = 10.0, minus = -2.7;
+    AdjustScript(script, 0, &ten);
     AdjustScript(script, 4, &minus);
     AdjustScript(script, 5, &minus);
-    for (uint32_t operation : {0u, 7u}) AdjustScript(script, operation, &three);
+    AdjustScript(script, 7, &ten);
     AdjustScript(script, 4, nullptr);
-    const CSetFace* face = Faces(script)[0];
-    EXPECT_DOUBLE_EQ(face->parameters.x, 10.0 - 2.7);
-    EXPECT_DOUBLE_EQ(face->parameters.y, -2.7);
-    EXPECT_EQ(face->faceA, -2);
-    EXPECT_EQ(face->faceB, -2);
+    const auto faces = Faces(script);  // list order is unchanged
+    const double x[3] = {30.0 + 10.0 + minus, 10.0 + minus, 20.0 + 5.0 + minus};
+    const int32_t faceA[3] = {10 - 2, 0 - 2, 5 - 2};
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(faces[i]->parameters.x, x[i]) << i;
+        EXPECT_EQ(faces[i]->parameters.y, minus) << i;
+        EXPECT_EQ(faces[i]->faceA, faceA[i]) << i;
+        EXPECT_EQ(faces[i]->faceB, -2) << i;
+    }
+    SurfaceDescriptor d{{pixels, 4, 4, 16}, 1.0};
+    PlayScript(&d, script, 0);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(faces[i]->parameters.x, std::trunc(x[i] * 16.0 + 0.5) / 16.0) << i;
+        EXPECT_EQ(faces[i]->parameters.y, -2.625) << i;  // -42.7 truncates toward zero
+    }
     DeleteScript(script);
 }
 
@@ -176,25 +170,6 @@ TEST_F(ScriptTest, PlaybackHandsReferenceCopiesToHost) {
         expected.insert(expected.end(), 3, "release marble.png");
     }
     EXPECT_EQ(events, expected);
-    DeleteScript(script);
-}
-
-// Playback snaps the stored positions again: negative ones move a further
-// sixteenth toward zero, positive snapped ones stay.
-TEST_F(ScriptTest, PlaybackSnapsFacesAgain) {
-    Surface* s = NewSurface();
-    CScript* script = AttachRecordingScript(s, &callbacks);
-    NewCharacterCallBack(s, 0, 0, 0, nullptr, 'A');
-    for (double x : {-1.30, 2.54}) {
-        FaceParameters f = Face(x);
-        SetFace(s, &f);
-    }
-    CloseSurface(s);
-    EXPECT_EQ(Faces(script)[0]->parameters.x, -1.25);
-    SurfaceDescriptor d{{pixels, 4, 4, 16}, 1.0};
-    PlayScript(&d, script, 0);
-    EXPECT_EQ(Faces(script)[0]->parameters.x, -1.1875);
-    EXPECT_EQ(Faces(script)[1]->parameters.x, 2.5625);
     DeleteScript(script);
 }
 
