@@ -98,8 +98,8 @@ TEST(FourCornerGradient, SinglePixelLeansTowardsTheFirstCorner) {
 // how many rows were stepped, which for width 0 is still every row.
 TEST(FourCornerGradient, RowCountForDegenerateBlocks) {
     const auto p = Parameters(3.0, 0.7, 0.2);
-    uint32_t pixel = 0;
-    const ImageBlock zeroWidth{&pixel, 0, 3, 16}, zeroHeight{&pixel, 4, 0, 16}, overlap{&pixel, 4, 3, 15};
+    uint32_t pixels[12] = {};
+    const ImageBlock zeroWidth{pixels, 0, 3, 16}, zeroHeight{pixels, 4, 0, 16}, overlap{pixels, 4, 3, 15};
     EXPECT_EQ(FillFourCornerGradient(&zeroWidth, &p), 3u);
     EXPECT_EQ(FillFourCornerGradient(&zeroHeight, &p), 0u);
     EXPECT_EQ(FillFourCornerGradient(&overlap, &p), 0u);
