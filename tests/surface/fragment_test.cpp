@@ -60,7 +60,6 @@ TEST(FragmentList, WideOutlinesAddMaplessTwinAndOwnTheirMap) {
     }
     EXPECT_DOUBLE_EQ(context->fragments[2].width, 5.0 * 1.42);
     EXPECT_DOUBLE_EQ(context->fragments[5].width, 2.0 * 1.42);
-    EXPECT_DOUBLE_EQ(context->fragments[5].angle, 30.0);
     EXPECT_DOUBLE_EQ(context->fragments[5].distance, 1.0);
     EXPECT_EQ(context->compositor.optionA, 1);
     context->ApplyCharacterOptions(0x8000 | 0x200);

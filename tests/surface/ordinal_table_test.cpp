@@ -11,7 +11,6 @@
 #include <fstream>
 #include <iterator>
 #include <map>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -37,11 +36,13 @@ std::string ReadSourceFile(const std::string& relative) {
 
 // Declarations start a line with TR_API; the name is the word before '('.
 std::set<std::string> HeaderEntryPoints() {
-    const std::string header = ReadSourceFile("include/titlerender.h");
-    const std::regex declaration(R"(^TR_API [^(\n]*?(\w+)\()", std::regex::multiline);
+    std::istringstream header(ReadSourceFile("include/titlerender.h"));
     std::set<std::string> names;
-    for (std::sregex_iterator it(header.begin(), header.end(), declaration), end; it != end; ++it) {
-        names.insert((*it)[1]);
+    for (std::string line; std::getline(header, line);) {
+        const std::size_t open = line.find('(');
+        if (line.rfind("TR_API ", 0) != 0 || open == std::string::npos) continue;
+        const std::size_t begin = line.find_last_of(" *", open) + 1;
+        names.insert(line.substr(begin, open - begin));
     }
     return names;
 }
@@ -68,10 +69,14 @@ TEST(OrdinalTable, MatchesHeaderAndIsSorted) {
 // Ordinal 12 is exported by name as well; all others by number only.
 TEST(OrdinalTable, ModuleDefinitionListsEveryOrdinal) {
     const std::string def = ReadSourceFile("titlerender.def");
-    const std::regex line(R"(^\s*(\w+)\s+@(\d+)(\s+NONAME)?)", std::regex::multiline);
+    std::istringstream lines(ReadSourceFile("titlerender.def"));
     std::map<std::string, std::string> listed; // name -> ordinal, "N" when NONAME
-    for (std::sregex_iterator it(def.begin(), def.end(), line), end; it != end; ++it) {
-        listed[(*it)[1]] = (*it)[2].str() + ((*it)[3].matched ? "N" : "");
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream fields(line);
+        std::string name, ordinal, flag;
+        fields >> name >> ordinal >> flag;
+        if (ordinal.size() < 2 || ordinal[0] != '@') continue;
+        listed[name] = ordinal.substr(1) + (flag == "NONAME" ? "N" : "");
     }
     ASSERT_EQ(listed.size(), tr::GetOrdinalTable().size());
     for (const tr::OrdinalEntry& entry : tr::GetOrdinalTable()) {
