@@ -76,18 +76,9 @@ TEST(GradientEntryPoints, ExtremeNumbersStayInBounds) {
         const FourCornerGradientParameters ramp{
             {}, any(), {word(random), word(random), word(random), word(random)}, any(), word(random), 0,
             any(), any()};
-        ClassicRecord classic{};
-        classic.radial = trial % 2;
-        classic.colour1 = word(random);
-        classic.colour2 = word(random);
-        classic.start = any();
-        classic.end = any();
-        classic.angle = any();
-        classic.repeats = trial % 3 == 0 ? word(random) : trial % 5;
-        classic.shineWidth = any();
-        classic.shineColour = word(random);
-        classic.shineAngle = any();
-        classic.shinePosition = any();
+        const ClassicRecord classic{uint32_t(trial % 2), word(random), word(random), 0, any(), any(), any(),
+                                    trial % 3 == 0 ? word(random) : trial % 5, 0, any(), word(random), 0,
+                                    any(), any()};
         const TextureRecord texture{Opaque, 0, word(random) % 12, uint8_t(trial & 1),
                                     uint8_t(trial >> 1 & 1), {}};
         const TextureStyle style{0, 0, any(), any(), any()};
