@@ -3,23 +3,19 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <optional>
 
 #include "surface/character_context.h"
 
 namespace {
 
-struct RuleCase {
-    int32_t kind;
-    double width;
-    double distance;
-    std::optional<int32_t> expected;
-};
-
 TEST(FragmentRules, KindsAfterWidthAndDistanceRules) {
-    const RuleCase cases[] = {
-        // Face is never dropped.
+    const struct {
+        int32_t kind;
+        double width, distance;
+        std::optional<int32_t> expected;
+    } cases[] = {
+        // Faces are never dropped.
         {0, 0.0, 0.0, 0}, {0, 3.0, 2.0, 0},
         // Strokes without width vanish.
         {1, 0.0, 5.0, std::nullopt}, {2, 0.0, 0.0, std::nullopt},
@@ -35,72 +31,38 @@ TEST(FragmentRules, KindsAfterWidthAndDistanceRules) {
         // Kinds outside 0-9 pass unchanged (drawn as faces later).
         {12, 0.0, 0.0, 12}, {-3, 0.0, 0.0, -3},
     };
-    for (const RuleCase& c : cases) {
+    for (const auto& c : cases) {
         EXPECT_EQ(ApplyFragmentRules(c.kind, c.width, c.distance), c.expected)
             << "kind " << c.kind << " width " << c.width << " distance " << c.distance;
     }
 }
 
-TEST(FragmentRules, TraceNames) {
-    EXPECT_STREQ(FragmentKindName(0), "Face            ");
-    EXPECT_STREQ(FragmentKindName(5), "OutlineOutShadow");
-    EXPECT_STREQ(FragmentKindName(6), "ERR*****");
-    EXPECT_STREQ(FragmentKindName(1000), "ERR*****");
-    for (int32_t kind = 0; kind <= 5; ++kind) EXPECT_EQ(std::strlen(FragmentKindName(kind)), 16u);
-}
-
-TEST(FragmentList, MapIsCopiedAndMissingMapMarksNoMap) {
-    uint8_t map[16];
-    for (int i = 0; i < 16; ++i) map[i] = static_cast<uint8_t>(15 - i);
-    CFragment drawn(map, 2, 5.0, 45.0, 3.0);
-    map[0] = 0;  // the fragment keeps its own copy
-    EXPECT_EQ(drawn.noMap, 0);
-    EXPECT_EQ(drawn.nibbleMap[0], 15);
-    EXPECT_EQ(drawn.nibbleMap[15], 0);
-    CFragment hidden(nullptr, 0, 0.0, 0.0, 0.0);
-    EXPECT_EQ(hidden.noMap, 1);
-    for (uint8_t v : hidden.nibbleMap) EXPECT_EQ(v, 0);
-    CFragment defaults;
-    EXPECT_EQ(defaults.kind, 0);
-    EXPECT_EQ(defaults.noMap, 1);
-}
-
-TEST(FragmentList, WideOutlinesAddMaplessTwin) {
+// Option 0x400 makes outlines wide: every stroke fragment is followed by a
+// mapless twin 1.42 times as wide; faces get none. 0x8000 clears option A,
+// 0x200 sets option B.
+TEST(FragmentList, WideOutlinesAddMaplessTwinAndOwnTheirMap) {
     CharacterContext* context = CharacterContext::Create();
     ASSERT_NE(context, nullptr);
-    const uint8_t map[16] = {0, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2};
+    uint8_t map[16] = {0, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 9};
     context->AddFragment(map, 2, 5.0, 0.0, 0.0);
-    ASSERT_EQ(context->fragments.size(), 1u);  // not wide yet
-
+    map[15] = 0;
+    EXPECT_EQ(context->fragments[0].nibbleMap[15], 9);
     context->ApplyCharacterOptions(0x400);
     context->AddFragment(map, 2, 5.0, 0.0, 0.0);
-    context->AddFragment(map, 0, 5.0, 0.0, 0.0);  // faces get no twin
+    context->AddFragment(map, 0, 5.0, 0.0, 0.0);
     context->AddFragment(map, 4, 2.0, 30.0, 1.0);
     ASSERT_EQ(context->fragments.size(), 6u);
-    const CFragment& twin = context->fragments[2];
-    EXPECT_EQ(twin.kind, 2);
-    EXPECT_EQ(twin.noMap, 1);
-    EXPECT_DOUBLE_EQ(twin.width, 5.0 * 1.42);
-    EXPECT_EQ(context->fragments[1].noMap, 0);
-    EXPECT_EQ(context->fragments[3].kind, 0);
-    const CFragment& shadowTwin = context->fragments[5];
-    EXPECT_EQ(shadowTwin.kind, 4);
-    EXPECT_EQ(shadowTwin.noMap, 1);
-    EXPECT_DOUBLE_EQ(shadowTwin.width, 2.0 * 1.42);
-    EXPECT_DOUBLE_EQ(shadowTwin.angle, 30.0);
-    EXPECT_DOUBLE_EQ(shadowTwin.distance, 1.0);
-    CharacterContext::Destroy(context);
-}
-
-TEST(FragmentList, CharacterOptionBytes) {
-    CharacterContext* context = CharacterContext::Create();
-    ASSERT_NE(context, nullptr);
-    EXPECT_EQ(context->outlineFlags, 2u);
-    EXPECT_EQ(context->compositor.wideOutlines, 0);
+    const int32_t kinds[6] = {2, 2, 2, 0, 4, 4};
+    const uint8_t noMap[6] = {0, 0, 1, 0, 0, 1};
+    for (size_t i = 0; i < 6; ++i) {
+        EXPECT_EQ(context->fragments[i].kind, kinds[i]) << i;
+        EXPECT_EQ(context->fragments[i].noMap, noMap[i]) << i;
+    }
+    EXPECT_DOUBLE_EQ(context->fragments[2].width, 5.0 * 1.42);
+    EXPECT_DOUBLE_EQ(context->fragments[5].width, 2.0 * 1.42);
+    EXPECT_DOUBLE_EQ(context->fragments[5].distance, 1.0);
     EXPECT_EQ(context->compositor.optionA, 1);
-    EXPECT_EQ(context->compositor.optionB, 0);
     context->ApplyCharacterOptions(0x8000 | 0x200);
-    EXPECT_EQ(context->compositor.wideOutlines, 0);
     EXPECT_EQ(context->compositor.optionA, 0);
     EXPECT_EQ(context->compositor.optionB, 1);
     CharacterContext::Destroy(context);

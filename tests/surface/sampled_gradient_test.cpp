@@ -1,6 +1,6 @@
 // Sampled gradient: pixels against a reference written from the formula
-// (gradient and shine in single precision, texture mixing in double), the
-// exponent split's branches, the transparent cut-off and the image bounds.
+// (gradient and shine in single precision, texture mixing in double), for
+// the exponent split's branches, the transparent cut-off and the bounds.
 #include "surface/sampled_gradient.h"
 
 #include <gtest/gtest.h>
@@ -8,24 +8,26 @@
 #include <algorithm>
 #include <cmath>
 
+#include "gradient_reference.h"
 #include "guarded_image.h"
 #include "titlerender.h"
 
 namespace {
 
+using tr_test::Box;
+using tr_test::Byte;
 using tr_test::GuardedImage;
 
-struct Box {
-    double x0, y0, halfWidth, halfHeight, angle, originX, originY;
-};
+constexpr uintptr_t kUserValue = 0x00A55A;
 
-uint32_t Byte(uint32_t colour, int channel) { return (colour >> (8 * channel)) & 0xFF; }
-
-// Varying colours and alphas, alpha 0 included.
-uint32_t PatternTexture(int32_t x, int32_t y, uintptr_t) {
+// Varying colours and alphas, alpha 0 included; the colour also depends on
+// the host's user value, so a sample asked for the wrong pixel or with the
+// wrong user value shows.
+uint32_t PatternTexture(int32_t x, int32_t y, uintptr_t user) {
     const uint32_t alpha = ((x * 7 + y * 3) % 5) * 60u; // 0, 60, ..., 240
-    return alpha << 24 | (static_cast<uint32_t>(x * 37) & 0xFF) << 16 |
-           (static_cast<uint32_t>(y * 53) & 0xFF) << 8 | static_cast<uint32_t>(x * y) % 256;
+    return (alpha << 24 | (static_cast<uint32_t>(x * 37) & 0xFF) << 16 |
+            (static_cast<uint32_t>(y * 53) & 0xFF) << 8 | static_cast<uint32_t>(x * y) % 256) ^
+           static_cast<uint32_t>(user);
 }
 
 uint32_t ReferencePixel(const Box& box, const SampledGradientParameters& p, TextureCallback cb,
@@ -40,11 +42,8 @@ uint32_t ReferencePixel(const Box& box, const SampledGradientParameters& p, Text
     const float v = qy0 * std::cos(R) - px0 * std::sin(R) + h;
     const float W2 = 2 * w, H2 = 2 * h;
     const float diag = std::sqrt(W2 * W2 + H2 * H2);
-    auto weight = [&](float a, float b) {
-        const float t = 1 - std::sqrt(a * a + b * b) / diag;
-        return (t * t) * (t * t);
-    };
-    const float wt[4] = {weight(u, v), weight(W2 - u, v), weight(W2 - u, H2 - v), weight(u, H2 - v)};
+    float wt[4];
+    tr_test::CornerWeights(u, v, W2, H2, diag, wt);
     float ch[4];
     for (int c = 0; c < 4; ++c) {
         float num = 0, den = 0;
@@ -55,7 +54,7 @@ uint32_t ReferencePixel(const Box& box, const SampledGradientParameters& p, Text
         ch[c] = num / den;
     }
     if (cb != nullptr) {
-        const uint32_t s = cb(x + ix, y + iy, 0);
+        const uint32_t s = cb(x + ix, y + iy, kUserValue);
         double ta = Byte(s, 3) / 255.0, tf;
         const double ga = ch[3] / 255.0;
         const double e1 = style.textureAlphaExponent, e2 = style.gradientAlphaExponent;
@@ -92,30 +91,16 @@ uint32_t ReferencePixel(const Box& box, const SampledGradientParameters& p, Text
             ch[3] = static_cast<float>(A * 255.0 * tf * gf);
         }
     }
-    if (p.shineWidth != 0) {
-        float a = -static_cast<float>(p.shineAngle) - rotation;
-        if (-0.001f < a && a < 0.001f) {
-            a = 0.001f;
+    const float k = tr_test::ShineWeight(u, v, W2, H2, diag, -static_cast<float>(p.shineAngle) - rotation,
+                                         static_cast<float>(p.shinePosition),
+                                         static_cast<float>(p.shineWidth), true);
+    if (k >= 0) {
+        const float sa = static_cast<float>(Byte(p.shineColour, 3));
+        const float alpha = k * ch[3] + (1 - k) * sa;
+        for (int c = 0; c < 3; ++c) {
+            ch[c] = (k * ch[c] * ch[3] + sa * static_cast<float>(Byte(p.shineColour, c)) * (1 - k)) / alpha;
         }
-        const float t = std::tan(a), b = (H2 - t * W2) * 0.5f;
-        const float shift = std::sqrt(H2 * H2 + W2 * W2) * 0.5f * static_cast<float>(p.shinePosition);
-        const float sx = u + std::cos(a + 1.570796325f) * shift;
-        const float sy = v + std::sin(a + 1.570796325f) * shift;
-        const float hd = std::fabs((sy - b) / t - sx), vd = std::fabs(sx * t + b - sy);
-        const float s = hd + vd == 0 ? 0.0f : hd * vd / std::sqrt(hd * hd + vd * vd);
-        const float width = static_cast<float>(p.shineWidth);
-        if (width > s) {
-            const float r = s / width;
-            const float k = r < 0.1f   ? 0.75f * r + 0.05f
-                            : r < 0.7f ? 1.25f * r
-                                       : std::min(1.0f, 0.416666f * r + 0.58333f);
-            const float sa = static_cast<float>(Byte(p.shineColour, 3));
-            const float alpha = k * ch[3] + (1 - k) * sa;
-            for (int c = 0; c < 3; ++c) {
-                ch[c] = (k * ch[c] * ch[3] + sa * static_cast<float>(Byte(p.shineColour, c)) * (1 - k)) / alpha;
-            }
-            ch[3] = alpha;
-        }
+        ch[3] = alpha;
     }
     uint32_t pixel = 0;
     for (int c = 3; c >= 0; --c) {
@@ -125,25 +110,17 @@ uint32_t ReferencePixel(const Box& box, const SampledGradientParameters& p, Text
 }
 
 SampledGradientParameters Parameters(double rotation, double shineWidth) {
-    SampledGradientParameters p{};
-    p.angle = rotation;
-    p.corners[0] = 0xFFF01008u;
-    p.corners[1] = 0x80209F30u;
-    p.corners[2] = 0xC000FFFFu;
-    p.corners[3] = 0xFF7F7F7Fu;
-    p.shineWidth = shineWidth;
-    p.shineColour = 0x90FFF0E0u;
-    p.shineAngle = 0.5;
-    p.shinePosition = 0.15;
-    return p;
+    return SampledGradientParameters{
+        {}, rotation, {0xFFF01008u, 0x80209F30u, 0xC000FFFFu, 0xFF7F7F7Fu}, shineWidth, 0x90FFF0E0u,
+        0,  0.5,      0.15};
 }
 
 void ExpectMatchesReference(const Box& box, const SampledGradientParameters& p, TextureCallback cb,
-                            const TextureStyle& style, const char* name) {
+                            const TextureStyle& style, int32_t pitch, const char* name) {
     constexpr int32_t kWidth = 22, kHeight = 15;
-    GuardedImage image(kWidth, kHeight, (kWidth + 1) * 4);
+    GuardedImage image(kWidth, kHeight, pitch * 4);
     RenderClassicGradientSampled(image.Block(), box.x0, box.y0, box.halfWidth, box.halfHeight,
-                                 box.angle, box.originX, box.originY, &p, cb, &style, 0);
+                                 box.angle, box.originX, box.originY, &p, cb, &style, kUserValue);
     for (int32_t y = 0; y < kHeight; ++y) {
         for (int32_t x = 0; x < kWidth; ++x) {
             ASSERT_EQ(image.At(x, y), ReferencePixel(box, p, cb, style, x, y))
@@ -159,89 +136,41 @@ TEST(SampledGradient, WithoutCallbackIsTheRotatedFourCornerGradient) {
         const char* name;
         Box box;
         double rotation;
+        int32_t pitch;
     } cases[] = {
-        {"upright", {11, 7.5, 11, 7.5, 0.0, 0, 0}, 0.0},
-        {"rotated", {10.2, 6.9, 9, 6, 0.4, 1.5, 2.5}, 0.3},
-        {"box beyond the image", {3, 2, 6, 20, -1.2, 0, 0}, 2.0},
+        {"upright", {11, 7.5, 11, 7.5, 0.0, 0, 0}, 0.0, 23},
+        {"rotated", {10.2, 6.9, 9, 6, 0.4, 1.5, 2.5}, 0.3, 23},
+        {"shine angle limited", {10.2, 6.9, 9, 6, 0.4, 1.5, 2.5}, -0.5, 22},
+        {"box beyond the image, bottom-up", {3, 2, 6, 20, -1.2, 0, 0}, 2.0, -23},
     };
     for (const auto& c : cases) {
-        ExpectMatchesReference(c.box, Parameters(c.rotation, 0.0), nullptr, style, c.name);
-        ExpectMatchesReference(c.box, Parameters(c.rotation, 5.0), nullptr, style, c.name);
+        ExpectMatchesReference(c.box, Parameters(c.rotation, 0.0), nullptr, style, c.pitch, c.name);
+        ExpectMatchesReference(c.box, Parameters(c.rotation, 5.0), nullptr, style, c.pitch, c.name);
     }
 }
 
+// Includes the cut-off: full mix of a transparent texel with its alpha kept
+// in the mix factor (exponent 0) gives A = 0, and then every channel is 0.
 TEST(SampledGradient, TextureMixFollowsTheExponentSplit) {
     const Box box{11, 7, 10, 7, 0.25, -2.3, 4.9};
     for (double e1 : {1.0, 2.0, 0.0, -1.0, 0.5}) {
         for (double e2 : {1.0, 0.3, 0.0}) {
             for (double mix : {0.0, 0.4, 1.0}) {
                 const TextureStyle style{0, 0, mix, e1, e2};
-                ExpectMatchesReference(box, Parameters(0.2, 4.0), PatternTexture, style, "mix");
+                ExpectMatchesReference(box, Parameters(0.2, 4.0), PatternTexture, style, 23, "mix");
             }
         }
     }
-}
-
-TEST(SampledGradient, NearlyTransparentMixIsAllZero) {
-    // Full mix of a transparent texture with alpha kept in the mix factor:
-    // A = (0 - ge) * 1 + ge = 0.
-    auto clear = [](int32_t, int32_t, uintptr_t) { return 0x00FFFFFFu; };
-    const TextureStyle style{0, 0, 1.0, 0.0, 0.0};
-    GuardedImage image(5, 4, 20);
-    const auto p = Parameters(0.0, 0.0);
-    RenderClassicGradientSampled(image.Block(), 2.5, 2, 2.5, 2, 0, 0, 0, &p, clear, &style, 0);
-    for (int32_t y = 0; y < 4; ++y) {
-        for (int32_t x = 0; x < 5; ++x) {
-            EXPECT_EQ(image.At(x, y), 0u) << x << "," << y;
-        }
-    }
-}
-
-TEST(SampledGradient, CallbackGetsOriginShiftedCoordinatesAndUserValue) {
-    static int calls;
-    calls = 0;
-    auto check = [](int32_t x, int32_t y, uintptr_t user) {
-        EXPECT_EQ(user, 4242u);
-        EXPECT_GE(x, -7);
-        EXPECT_LT(x, -7 + 4);
-        EXPECT_GE(y, 3);
-        EXPECT_LT(y, 3 + 3);
-        ++calls;
-        return 0xFF000000u;
-    };
-    const TextureStyle style{};
-    const auto p = Parameters(0.0, 0.0);
-    GuardedImage image(4, 3, 16);
-    RenderClassicGradientSampled(image.Block(), 2, 1.5, 2, 1.5, 0, -7.9, 3.1, &p, check, &style, 4242);
-    EXPECT_EQ(calls, 12);
-}
-
-TEST(SampledGradient, NullStyleReadsAsZeroAndNullParametersDoNothing) {
-    const Box box{8, 6, 8, 6, 0.1, 0, 0};
+    // A null style reads as all zero.
     const auto p = Parameters(0.3, 3.0);
-    GuardedImage withNull(16, 12, 64), withZero(16, 12, 64);
-    RenderClassicGradientSampled(withNull.Block(), box.x0, box.y0, box.halfWidth, box.halfHeight,
-                                 box.angle, 0, 0, &p, PatternTexture, nullptr, 0);
     const TextureStyle zero{};
-    RenderClassicGradientSampled(withZero.Block(), box.x0, box.y0, box.halfWidth, box.halfHeight,
-                                 box.angle, 0, 0, &p, PatternTexture, &zero, 0);
-    EXPECT_EQ(withNull.Buffer(), withZero.Buffer());
-
+    GuardedImage withNull(16, 12, 64), withZero(16, 12, 64);
+    RenderClassicGradientSampled(withNull.Block(), 8, 6, 8, 6, 0.1, 0, 0, &p, PatternTexture, nullptr, 0);
+    RenderClassicGradientSampled(withZero.Block(), 8, 6, 8, 6, 0.1, 0, 0, &p, PatternTexture, &zero, 0);
+    EXPECT_TRUE(withNull.Buffer() == withZero.Buffer());
     GuardedImage untouched(16, 12, 64);
-    RenderClassicGradientSampled(untouched.Block(), 8, 6, 8, 6, 0, 0, 0, nullptr, PatternTexture,
-                                 &zero, 0);
+    RenderClassicGradientSampled(untouched.Block(), 8, 6, 8, 6, 0, 0, 0, nullptr, PatternTexture, &zero, 0);
     EXPECT_TRUE(untouched.Untouched());
-}
-
-TEST(SampledGradient, NegativeStrideStaysInBounds) {
-    const Box box{6, 5, 6, 5, 0.7, 0, 0};
-    const auto p = Parameters(0.1, 2.0);
-    const TextureStyle style{0, 0, 0.5, 0.5, 0.5};
-    GuardedImage image(12, 10, -13 * 4);
-    RenderClassicGradientSampled(image.Block(), box.x0, box.y0, box.halfWidth, box.halfHeight,
-                                 box.angle, 0, 0, &p, PatternTexture, &style, 0);
-    EXPECT_TRUE(image.GuardsIntact());
-    EXPECT_EQ(image.At(11, 9), ReferencePixel(box, p, PatternTexture, style, 11, 9));
 }
 
 } // namespace
