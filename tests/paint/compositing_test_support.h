@@ -1,12 +1,11 @@
 // tests/paint/compositing_test_support.h — test-only: characters with a
-// coverage buffer of their own, deterministic applicators and the blend
+// coverage buffer of their own, a deterministic applicator and the blend
 // written straight from its definition.
 #pragma once
 
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
-#include <string>
+#include <utility>
 #include <vector>
 
 #include "paint/color_applicator.h"
@@ -35,16 +34,10 @@ public:
         color.c0 = static_cast<float>(h & 0xFF) * 0.75f + 0.3f;
         color.c1 = static_cast<float>((h >> 8) & 0xFF);
         color.c2 = static_cast<float>((h >> 4) & 0xFF) * 0.999f;
-        switch ((h >> 16) & 7) {
-            case 0:
-                color.alpha = 0.0f;
-                break;
-            case 1:
-                color.alpha = 255.0f;
-                break;
-            default:
-                color.alpha = static_cast<float>((h >> 20) & 0xFF) * 0.997f + 0.1f;
-        }
+        const uint32_t kind = (h >> 16) & 7;
+        color.alpha = kind == 0   ? 0.0f
+                      : kind == 1 ? 255.0f
+                                  : static_cast<float>((h >> 20) & 0xFF) * 0.997f + 0.1f;
         return color.alpha;
     }
     uint32_t LayerValueAt(int32_t x, int32_t y) override {
@@ -61,15 +54,20 @@ struct TestCharacter {
     TestCharacter(int32_t w, int32_t h) : width(w), height(h), coverage(size_t(w) * h * 4, 0) {}
 
     // Sub-sample (sx, sy) by the buffer's addressing rule.
-    void SetSample(int32_t sx, int32_t sy, uint32_t n) {
-        uint16_t& word = coverage[size_t(sy / 4) * 4 * width + size_t(sx / 4) * 4 + sy % 4];
-        const int shift = 12 - 4 * (sx % 4);
-        word = static_cast<uint16_t>((word & ~(0xFu << shift)) | (n << shift));
+    uint16_t& Word(int32_t sx, int32_t sy) {
+        return coverage[size_t(sy / 4) * 4 * width + size_t(sx / 4) * 4 + sy % 4];
     }
-    uint32_t Sample(int32_t sx, int32_t sy) const {
-        return (coverage[size_t(sy / 4) * 4 * width + size_t(sx / 4) * 4 + sy % 4] >>
-                (12 - 4 * (sx % 4))) &
-               0xFu;
+    void SetSample(int32_t sx, int32_t sy, uint32_t n) {
+        const int shift = 12 - 4 * (sx % 4);
+        Word(sx, sy) = static_cast<uint16_t>((Word(sx, sy) & ~(0xFu << shift)) | (n << shift));
+    }
+    uint32_t Sample(int32_t sx, int32_t sy) { return (Word(sx, sy) >> (12 - 4 * (sx % 4))) & 0xFu; }
+    // Every sub-sample from sample(sx, sy).
+    template <class F>
+    void Fill(F sample) {
+        for (int32_t sy = 0; sy < 4 * height; ++sy) {
+            for (int32_t sx = 0; sx < 4 * width; ++sx) SetSample(sx, sy, sample(sx, sy));
+        }
     }
     void Bind(uint32_t* pixels, int32_t pitchBytes, int32_t clipWidth, int32_t clipHeight, double x,
               double y, int32_t blendMode) {
@@ -108,39 +106,46 @@ inline uint32_t Pack(float c0, float c1, float c2, float alpha) {
     return RoundByte(c0) | RoundByte(c1) << 8 | RoundByte(c2) << 16 | RoundByte(alpha) << 24;
 }
 
-// The counted blend from its definition: S, C0-C2 and P of the footprint.
-inline uint32_t BlendByDefinition(uint32_t target, float s, const float c[3], int32_t p,
-                                  int32_t blendMode) {
-    const float t[3] = {float(target & 0xFF), float((target >> 8) & 0xFF),
-                        float((target >> 16) & 0xFF)};
-    const float d = float(target >> 24);
-    if (blendMode == 0) {
-        if (s == 0.0f) return target;
-        const float a = s / 48.0f;
-        const float o = d + a - d * a / 255.0f;
-        if (o == 0.0f) return 0;
-        float out[3];
-        for (int j = 0; j < 3; ++j)
-            out[j] = (c[j] / s) * (a / o) + t[j] * ((d - d * a / 255.0f) / o);
-        return Pack(out[0], out[1], out[2], o);
+// S, C0-C2 and P of a counted footprint, summed in the order of Add calls.
+struct Sums {
+    float s = 0.0f;
+    float c[3] = {0.0f, 0.0f, 0.0f};
+    int32_t p = 0;
+    void Add(int32_t k, CColorApplicator* a, int32_t x, int32_t y) {
+        const float w = float(k) * a->ShadeAt(x, y);
+        s = s + w;
+        c[0] = c[0] + w * a->color.c0;
+        c[1] = c[1] + w * a->color.c1;
+        c[2] = c[2] + w * a->color.c2;
     }
-    const float u = float(48 - p) * d;
-    const float total = s + u;
-    if (total == 0.0f) return 0;
+};
+
+inline float Channel(uint32_t pixel, int j) { return float((pixel >> (8 * j)) & 0xFF); }
+
+// "over" of source colour src with alpha a.
+inline uint32_t OverByDefinition(uint32_t target, const float src[3], float a) {
+    const float d = Channel(target, 3);
+    const float o = d + a - d * a / 255.0f;
+    if (o == 0.0f) return 0;
     float out[3];
-    for (int j = 0; j < 3; ++j) out[j] = (t[j] * u + c[j]) / total;
-    return Pack(out[0], out[1], out[2], total / 48.0f);
+    for (int j = 0; j < 3; ++j)
+        out[j] = src[j] * (a / o) + Channel(target, j) * ((d - d * a / 255.0f) / o);
+    return Pack(out[0], out[1], out[2], o);
 }
 
-inline std::string Hex(const std::vector<uint16_t>& words, int32_t perLine) {
-    std::string s;
-    char buffer[8];
-    for (size_t i = 0; i < words.size(); ++i) {
-        std::snprintf(buffer, sizeof buffer, "%04x%c", words[i],
-                      (i + 1) % size_t(perLine) == 0 ? '\n' : ' ');
-        s += buffer;
+// The counted blend from its definition.
+inline uint32_t BlendByDefinition(uint32_t target, const Sums& sums, int32_t blendMode) {
+    float out[3];
+    if (blendMode == 0) {
+        if (sums.s == 0.0f) return target;
+        for (int j = 0; j < 3; ++j) out[j] = sums.c[j] / sums.s;
+        return OverByDefinition(target, out, sums.s / 48.0f);
     }
-    return s;
+    const float u = float(48 - sums.p) * Channel(target, 3);
+    const float total = sums.s + u;
+    if (total == 0.0f) return 0;
+    for (int j = 0; j < 3; ++j) out[j] = (Channel(target, j) * u + sums.c[j]) / total;
+    return Pack(out[0], out[1], out[2], total / 48.0f);
 }
 
 }  // namespace testing_support
