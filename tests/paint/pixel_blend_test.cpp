@@ -21,23 +21,14 @@ using tr::RoundToByte;
 using tr::ShadedSums;
 
 TEST(PixelBlend, RoundingRule) {
+    constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+    constexpr float kInf = std::numeric_limits<float>::infinity();
     const struct {
         float in;
         uint32_t out;
-    } cases[] = {{0.0f, 0},
-                 {0.49f, 0},
-                 {0.5f, 1},
-                 {127.5f, 128},
-                 {254.49f, 254},
-                 {254.5f, 255},
-                 {255.49f, 255},
-                 {255.5f, 255},
-                 {1e30f, 255},
-                 {-0.4f, 0},
-                 {-0.6f, 0},
-                 {-300.0f, 0},
-                 {std::numeric_limits<float>::quiet_NaN(), 0},
-                 {std::numeric_limits<float>::infinity(), 255}};
+    } cases[] = {{0.0f, 0},     {0.49f, 0},    {0.5f, 1},    {127.5f, 128}, {254.49f, 254},
+                 {254.5f, 255}, {255.49f, 255}, {255.5f, 255}, {1e30f, 255},  {-0.4f, 0},
+                 {-0.6f, 0},    {-300.0f, 0},  {kNaN, 0},     {kInf, 255}};
     for (const auto& c : cases) EXPECT_EQ(RoundToByte(c.in), c.out) << c.in;
     // 0.5 is added in double: 0.5 − 2^-25 plus 0.5 stays below 1 in double
     // but rounds to 1.0f in single precision.
