@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <random>
 #include <utility>
 #include <vector>
 
@@ -82,6 +83,20 @@ struct TestCharacter {
     std::vector<uint16_t> coverage;
     CPainter painter;
 };
+
+// Blobs of squares of 1 to 8 pixels from a four-number palette; perMille of
+// the samples are replaced by a palette entry or, one time in three, by any
+// number.
+inline void FillBlobs(TestCharacter& ch, std::mt19937& rng, const uint32_t palette[4],
+                      int perMille) {
+    auto pick = [&rng](int n) { return std::uniform_int_distribution<int>(0, n - 1)(rng); };
+    const int32_t blockSub = 4 * (1 + pick(8));
+    const uint32_t seed = rng();
+    ch.Fill([&](int32_t sx, int32_t sy) {
+        if (pick(1000) < perMille) return pick(3) == 0 ? uint32_t(pick(16)) : palette[pick(4)];
+        return palette[Hash(seed, sx / blockSub, sy / blockSub) & 3];
+    });
+}
 
 // Sub-sample offsets of the 48-sample footprint of pixel (x, y), relative to
 // sub-sample (4x, 4y): the own column from sub-row −2 to 5, sub-rows 1 and 3

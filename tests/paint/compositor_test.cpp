@@ -16,13 +16,7 @@
 
 namespace {
 
-using testing_support::BlendByDefinition;
-using testing_support::CPatternShade;
-using testing_support::FootprintOffsets;
-using testing_support::OverByDefinition;
-using testing_support::Pack;
-using testing_support::Sums;
-using testing_support::TestCharacter;
+using namespace testing_support;
 
 using SampleFunction = std::function<uint32_t(int32_t sx, int32_t sy)>;
 using CompositeFunction = void (*)(CPainter&, const CompositeRect&);
@@ -126,18 +120,6 @@ TEST(Compositor, ShadesEachPresentNumberOnceInIncreasingOrder) {
 
 // ---- differential ---------------------------------------------------------
 
-// Coverage with large uniform areas (fast path), ragged edges and noise.
-void FillCoverage(TestCharacter& ch, std::mt19937& rng) {
-    auto pick = [&rng](int n) { return std::uniform_int_distribution<int>(0, n - 1)(rng); };
-    const uint32_t palette[4] = {0, 1, uint32_t(2 + pick(14)), uint32_t(2 + pick(14))};
-    const int32_t block = 1 + pick(8);
-    const int perMille = std::array{0, 10, 100, 1000}[pick(4)];  // samples replaced
-    ch.Fill([&](int32_t sx, int32_t sy) {
-        if (pick(1000) < perMille) return pick(3) == 0 ? uint32_t(pick(16)) : palette[pick(4)];
-        return palette[testing_support::Hash(ch.width, sx / 4 / block, sy / 4 / block) & 3];
-    });
-}
-
 // Flat and null colours; or those, empty slots and shading applicators.
 void InstallSlots(CPainter& painter, std::mt19937& rng, bool flat) {
     for (int32_t slot = 0; slot < 16; ++slot) {
@@ -209,7 +191,9 @@ PathCounts CompareWithPlainAndDefinition(uint32_t seed, int iterations, bool fla
             range(0, 3) ? CompositeRect{range(-2, 1), range(-2, 1), range(20, 30), range(20, 30)}
                         : CompositeRect{range(-4, 20), range(-4, 20), range(-2, 24), range(-2, 24)};
         TestCharacter ch(width, height);
-        FillCoverage(ch, rng);
+        // Large uniform areas (fast path), ragged edges and noise.
+        const uint32_t palette[4] = {0, 1, uint32_t(range(2, 15)), uint32_t(range(2, 15))};
+        FillBlobs(ch, rng, palette, std::array{0, 10, 100, 1000}[range(0, 3)]);
         InstallSlots(ch.painter, rng, flat);
         // Rows and pitch padding beyond the surface are guard areas.
         std::vector<uint32_t> initial(size_t(stride) * (clipH + 2));

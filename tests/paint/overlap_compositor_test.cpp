@@ -17,11 +17,7 @@
 
 namespace {
 
-using testing_support::BlendByDefinition;
-using testing_support::CPatternShade;
-using testing_support::FootprintOffsets;
-using testing_support::Sums;
-using testing_support::TestCharacter;
+using namespace testing_support;
 
 // Flat colour with a fixed layer value.
 class CFixedShade final : public CColorApplicator {
@@ -186,13 +182,7 @@ Scene MakeScene(std::mt19937& rng, int iteration) {
         // Coverage pixel range that keeps `common` in the readable interior.
         const int32_t ox = range(common.x + common.width - w + 1, common.x - 1);
         const int32_t oy = range(common.y + common.height - h + 1, common.y - 1);
-        const int block = range(1, 8);
-        const uint32_t seed = rng();
-        const bool noisy = range(0, 1) == 0;
-        ch.Fill([&](int32_t sx, int32_t sy) {
-            const uint32_t h = testing_support::Hash(seed, sx / 4 / block, sy / 4 / block);
-            return noisy && range(0, 19) == 0 ? palette[range(0, 3)] : palette[h & 3];
-        });
+        FillBlobs(ch, rng, palette, range(0, 1) ? 0 : 50);
         for (int32_t i = 0; i < 16; ++i) {
             const int kind = range(0, 9);  // 0: empty slot
             if (kind == 1) ch.painter.SetColor(i, rng());
