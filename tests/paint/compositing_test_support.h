@@ -1,8 +1,11 @@
 // tests/paint/compositing_test_support.h — test-only: characters with a
-// coverage buffer of their own, a deterministic applicator and the blend
-// written straight from its definition.
+// coverage buffer of their own, a deterministic applicator, and compositing
+// of one or several characters written straight from the rules, one sample
+// at a time.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <random>
@@ -10,6 +13,7 @@
 #include <vector>
 
 #include "paint/color_applicator.h"
+#include "paint/compositor.h"
 #include "paint/painter.h"
 
 namespace testing_support {
@@ -161,6 +165,112 @@ inline uint32_t BlendByDefinition(uint32_t target, const Sums& sums, int32_t ble
     if (total == 0.0f) return 0;
     for (int j = 0; j < 3; ++j) out[j] = (Channel(target, j) * u + sums.c[j]) / total;
     return Pack(out[0], out[1], out[2], total / 48.0f);
+}
+
+// How many pixels the reference decided by the uniform rule (and shaded)
+// and by counting.
+struct PathCounts {
+    int uniformPainted = 0;
+    int counted = 0;
+};
+
+// The number n when the eight coverage words of the footprint of pixel
+// (x, y) hold n in all their sub-samples, else −1.
+inline int32_t UniformNumber(const TestCharacter& ch, int32_t x, int32_t y) {
+    auto word = [&ch](int32_t px, int32_t py, int32_t half) {
+        const size_t i = (size_t(py) * ch.width + px) * 4 + 2 * half;
+        return uint32_t(ch.coverage[i]) | uint32_t(ch.coverage[i + 1]) << 16;
+    };
+    const uint32_t words[8] = {word(x, y - 1, 1), word(x, y, 0),     word(x, y, 1),
+                               word(x, y + 1, 0), word(x - 1, y, 0), word(x - 1, y, 1),
+                               word(x + 1, y, 0), word(x + 1, y, 1)};
+    for (uint32_t w : words) {
+        if (w != words[0]) return -1;
+    }
+    return words[0] == (words[0] & 0xF) * 0x11111111u ? int32_t(words[0] & 0xF) : -1;
+}
+
+// Composites the characters (the first 24 of them) over rect, clipped to
+// the surface and to every character's readable interior. A lone character
+// whose footprint words are all one number takes that slot's shade alone.
+// Otherwise each sample goes to the character with the highest number; on a
+// tie to the first listed or, on a joined slot, to the highest layer value
+// (first on equal values) and to nobody when none exceeds 0, unless exactly
+// two are listed. The owners' counts are shaded in number order, characters
+// in list order within a number.
+inline void CompositeByDefinition(const std::vector<TestCharacter*>& listed,
+                                  const CompositeRect& rect, int32_t mode, uint32_t* pixels,
+                                  int32_t stride, int32_t clipW, int32_t clipH, PathCounts& paths) {
+    const size_t n = std::min<size_t>(listed.size(), 24);
+    static CNullColor emptySlot;
+    auto slot = [&](size_t c, uint32_t i) -> CColorApplicator* {
+        CColorApplicator* a = listed[c]->painter.GetSlot(int32_t(i));
+        return a ? a : &emptySlot;
+    };
+    bool joined[16] = {};
+    for (uint32_t i = 1; i < 16; ++i) {
+        joined[i] = true;
+        for (size_t c = 0; c < n; ++c) joined[i] = joined[i] && slot(c, i)->joinsNeighbours;
+    }
+    for (int32_t ty = std::max(rect.y, 0); ty < std::min(rect.y + rect.height, clipH); ++ty) {
+        for (int32_t tx = std::max(rect.x, 0); tx < std::min(rect.x + rect.width, clipW); ++tx) {
+            std::vector<int32_t> xs(n), ys(n);
+            bool inside = true;
+            for (size_t c = 0; c < n; ++c) {
+                xs[c] = tx - int32_t(std::floor(listed[c]->painter.positionX));
+                ys[c] = ty - int32_t(std::floor(listed[c]->painter.positionY));
+                inside = inside && xs[c] >= 1 && ys[c] >= 1 && xs[c] <= listed[c]->width - 2 &&
+                         ys[c] <= listed[c]->height - 2;
+            }
+            if (!inside) continue;
+            uint32_t& target = pixels[size_t(ty) * size_t(stride) + size_t(tx)];
+            const int32_t uniform = n == 1 ? UniformNumber(*listed[0], xs[0], ys[0]) : -1;
+            if (uniform == 0 || uniform == 1) continue;
+            if (uniform >= 2) {
+                ++paths.uniformPainted;
+                CColorApplicator* a = slot(0, uint32_t(uniform));
+                const float alpha = a->ShadeAt(xs[0], ys[0]);
+                const float src[3] = {a->color.c0, a->color.c1, a->color.c2};
+                target = mode == 0 ? OverByDefinition(target, src, alpha)
+                                   : Pack(src[0], src[1], src[2], alpha);
+                continue;
+            }
+            ++paths.counted;
+            std::vector<std::array<int32_t, 16>> counts(n, std::array<int32_t, 16>{});
+            Sums sums;
+            std::vector<uint32_t> v(n);
+            for (const auto& [dx, dy] : FootprintOffsets()) {
+                for (size_t c = 0; c < n; ++c)
+                    v[c] = listed[c]->Sample(4 * xs[c] + dx, 4 * ys[c] + dy);
+                const uint32_t best = *std::max_element(v.begin(), v.end());
+                std::vector<size_t> tied;
+                for (size_t c = 0; c < n; ++c) {
+                    if (v[c] == best) tied.push_back(c);
+                }
+                int owner = int(tied[0]);
+                if (tied.size() > 1 && joined[best]) {
+                    auto value = [&](size_t c) {
+                        return slot(c, best)->LayerValueAt(xs[c], ys[c]);
+                    };
+                    owner = listed.size() == 2 ? owner : -1;
+                    uint32_t top = owner >= 0 ? value(tied[0]) : 0;
+                    for (size_t c : tied) {
+                        if (value(c) > top) top = value(c), owner = int(c);
+                    }
+                }
+                if (owner < 0) continue;
+                ++counts[size_t(owner)][best];
+                sums.p += best >= 2 ? 1 : 0;
+            }
+            if (sums.p == 0) continue;
+            for (uint32_t i = 2; i < 16; ++i) {
+                for (size_t c = 0; c < n; ++c) {
+                    if (counts[c][i] != 0) sums.Add(counts[c][i], slot(c, i), xs[c], ys[c]);
+                }
+            }
+            target = BlendByDefinition(target, sums, mode);
+        }
+    }
 }
 
 }  // namespace testing_support

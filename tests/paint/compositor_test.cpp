@@ -134,45 +134,6 @@ void InstallSlots(CPainter& painter, std::mt19937& rng, bool flat) {
     }
 }
 
-struct PathCounts {
-    int uniformPainted = 0;  // pixels of the fast path that shade
-    int counted = 0;
-};
-
-// The pixel from the definition: eight whole words of one number → that
-// slot's shade alone; otherwise counts over the footprint offsets.
-uint32_t PixelByDefinition(TestCharacter& ch, CColorApplicator* const* slots, int32_t x, int32_t y,
-                           uint32_t target, int32_t mode, PathCounts& paths) {
-    auto word = [&ch](int32_t px, int32_t py, int32_t half) {
-        const size_t i = (size_t(py) * ch.width + px) * 4 + 2 * half;
-        return uint32_t(ch.coverage[i]) | uint32_t(ch.coverage[i + 1]) << 16;
-    };
-    const uint32_t words[8] = {word(x, y - 1, 1), word(x, y, 0),     word(x, y, 1),
-                               word(x, y + 1, 0), word(x - 1, y, 0), word(x - 1, y, 1),
-                               word(x + 1, y, 0), word(x + 1, y, 1)};
-    const uint32_t n = words[1] & 0xF;
-    bool uniform = words[1] == n * 0x11111111u;
-    for (uint32_t w : words) uniform = uniform && w == words[1];
-    if (uniform && n < 2) return target;
-    if (uniform) {
-        ++paths.uniformPainted;
-        const float a = slots[n]->ShadeAt(x, y);
-        const WorkingColor& col = slots[n]->color;
-        const float src[3] = {col.c0, col.c1, col.c2};
-        return mode == 0 ? OverByDefinition(target, src, a) : Pack(col.c0, col.c1, col.c2, a);
-    }
-    ++paths.counted;
-    int32_t counts[16] = {};
-    for (const auto& [dx, dy] : FootprintOffsets()) ++counts[ch.Sample(4 * x + dx, 4 * y + dy)];
-    Sums sums;
-    for (int32_t i = 2; i < 16; ++i) sums.p += counts[i];
-    if (sums.p == 0) return target;
-    for (int32_t i = 2; i < 16; ++i) {
-        if (counts[i] != 0) sums.Add(counts[i], slots[i], x, y);
-    }
-    return BlendByDefinition(target, sums, mode);
-}
-
 // Random coverage, slots and targets; with `flat`, only flat and null
 // colours over a target of three distinct pixels, where the compositor
 // reuses earlier blends: a reused blend must equal a fresh one.
@@ -210,20 +171,7 @@ PathCounts CompareWithPlainAndDefinition(uint32_t seed, int iterations, bool fla
         CompositeCharacter(ch.painter, rect);
         ch.Bind(plain.data(), stride * 4, clipW, clipH, x, y, mode);
         CompositeCharacterReference(ch.painter, rect);
-        CColorApplicator* slots[16];
-        CNullColor nullColor;
-        for (int32_t i = 0; i < 16; ++i)
-            slots[i] = ch.painter.GetSlot(i) ? ch.painter.GetSlot(i) : &nullColor;
-        const int32_t ox = int32_t(std::floor(x)), oy = int32_t(std::floor(y));
-        for (int32_t ty = std::max(rect.y, 0); ty < std::min(rect.y + rect.height, clipH); ++ty) {
-            for (int32_t tx = std::max(rect.x, 0); tx < std::min(rect.x + rect.width, clipW);
-                 ++tx) {
-                const int32_t px = tx - ox, py = ty - oy;
-                if (px < 1 || py < 1 || px > width - 2 || py > height - 2) continue;
-                uint32_t& p = defined[size_t(ty) * stride + tx];
-                p = PixelByDefinition(ch, slots, px, py, p, mode, paths);
-            }
-        }
+        CompositeByDefinition({&ch}, rect, mode, defined.data(), stride, clipW, clipH, paths);
         std::ostringstream what;
         what << "seed " << seed << " iteration " << iteration << ": coverage " << width << "x"
              << height << " at (" << x << ", " << y << "), surface " << clipW << "x" << clipH
