@@ -174,20 +174,18 @@ struct PathCounts {
     int counted = 0;
 };
 
-// The number n when the eight coverage words of the footprint of pixel
-// (x, y) hold n in all their sub-samples, else −1.
-inline int32_t UniformNumber(const TestCharacter& ch, int32_t x, int32_t y) {
-    auto word = [&ch](int32_t px, int32_t py, int32_t half) {
-        const size_t i = (size_t(py) * ch.width + px) * 4 + 2 * half;
-        return uint32_t(ch.coverage[i]) | uint32_t(ch.coverage[i + 1]) << 16;
-    };
-    const uint32_t words[8] = {word(x, y - 1, 1), word(x, y, 0),     word(x, y, 1),
-                               word(x, y + 1, 0), word(x - 1, y, 0), word(x - 1, y, 1),
-                               word(x + 1, y, 0), word(x + 1, y, 1)};
-    for (uint32_t w : words) {
-        if (w != words[0]) return -1;
+// The number n when the eight coverage words holding the footprint of pixel
+// (x, y) are n in every sub-sample, else −1: the own column from sub-row −2
+// to 5 and the left and right pixels' sub-rows 0 to 3.
+inline int32_t UniformNumber(TestCharacter& ch, int32_t x, int32_t y) {
+    const uint32_t n = ch.Sample(4 * x, 4 * y);
+    for (int32_t dy = -2; dy < 6; ++dy) {
+        for (int32_t dx = -4; dx < 8; ++dx) {
+            const bool inWords = (dx >= 0 && dx < 4) || (dy >= 0 && dy < 4);
+            if (inWords && ch.Sample(4 * x + dx, 4 * y + dy) != n) return -1;
+        }
     }
-    return words[0] == (words[0] & 0xF) * 0x11111111u ? int32_t(words[0] & 0xF) : -1;
+    return int32_t(n);
 }
 
 // Composites the characters (the first 24 of them) over rect, clipped to

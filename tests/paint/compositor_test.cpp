@@ -21,26 +21,18 @@ using namespace testing_support;
 using SampleFunction = std::function<uint32_t(int32_t sx, int32_t sy)>;
 using CompositeFunction = void (*)(CPainter&, const CompositeRect&);
 
-bool InFootprint(int32_t sx, int32_t sy) {
-    for (const auto& [dx, dy] : FootprintOffsets()) {
-        if (sx == 4 + dx && sy == 4 + dy) return true;
-    }
-    return false;
-}
-
 // Pixel (1, 1) of a 3 × 3-pixel character at (0, 0), the only one it can
 // composite, with slot 2 painted in `colour` (0: left to a null colour).
 TEST(Compositor, BlendArithmetic) {
     const SampleFunction all0 = [](int32_t, int32_t) { return 0u; };
     const SampleFunction all1 = [](int32_t, int32_t) { return 1u; };
     const SampleFunction all2 = [](int32_t, int32_t) { return 2u; };
-    // 24 samples: the own column's sub-rows −2..1 and the left pixel's.
-    const SampleFunction upperHalf = [](int32_t sx, int32_t sy) {
-        return InFootprint(sx, sy) && sy < 6 ? 2u : 0u;
-    };
-    // 20 painted samples, the rest uncovered or never painted.
+    // 24 footprint samples above sub-row 6: 16 of the own column, 4 each of
+    // the left and right pixels.
+    const SampleFunction upperHalf = [](int32_t, int32_t sy) { return sy < 6 ? 2u : 0u; };
+    // 20 of them without the left pixel's; the rest never painted.
     const SampleFunction twenty = [](int32_t sx, int32_t sy) {
-        return InFootprint(sx, sy) && sy < 6 && sx >= 4 ? 2u : (sy < 4 ? 1u : 0u);
+        return sy < 6 && sx >= 4 ? 2u : 1u;
     };
     // Every footprint sample is 2, but the words are not uniform.
     const SampleFunction strayHalf = [](int32_t sx, int32_t sy) {
