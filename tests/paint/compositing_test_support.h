@@ -76,10 +76,8 @@ struct TestCharacter {
     }
     void Bind(uint32_t* pixels, int32_t pitchBytes, int32_t clipWidth, int32_t clipHeight, double x,
               double y, int32_t blendMode) {
-        const PainterRectangle rectangle{};
-        const ShaderPoint quad[4] = {};
         painter.BindTarget(width, height, coverage.data(), pixels, x, y, blendMode, pitchBytes,
-                           &rectangle, 0.0, clipWidth, clipHeight, 1.0, quad, quad, ShaderPoint{});
+                           nullptr, 0.0, clipWidth, clipHeight, 1.0, nullptr, nullptr, {});
     }
 
     int32_t width;
