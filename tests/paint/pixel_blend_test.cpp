@@ -13,12 +13,7 @@
 
 namespace {
 
-using tr::BlendCounted;
-using tr::BlendCountedScalar;
-using tr::BlendUniform;
-using tr::BlendUniformScalar;
-using tr::RoundToByte;
-using tr::ShadedSums;
+using namespace tr;
 
 TEST(PixelBlend, RoundingRule) {
     constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -61,10 +56,8 @@ TEST(PixelBlend, VectorMatchesScalar) {
         ASSERT_EQ(BlendCounted(target, sums, mode), BlendCountedScalar(target, sums, mode))
             << std::hexfloat << "target " << target << " mode " << mode << " P " << sums.painted
             << " S " << sums.s << " C " << sums.c[0] << " " << sums.c[1] << " " << sums.c[2];
-        WorkingColor colour;
-        colour.c0 = RandomValue(rng, 255.0f);
-        colour.c1 = RandomValue(rng, 255.0f);
-        colour.c2 = RandomValue(rng, 255.0f);
+        const WorkingColor colour{RandomValue(rng, 255.0f), RandomValue(rng, 255.0f),
+                                 RandomValue(rng, 255.0f), 0.0f};
         const float alpha = RandomValue(rng, 255.0f);
         ASSERT_EQ(BlendUniform(target, colour, alpha, mode),
                   BlendUniformScalar(target, colour, alpha, mode))
@@ -85,11 +78,11 @@ TEST(PixelBlend, NibbleLaneCountsMatchPerSampleCounts) {
             for (int k = 0; k < 8; ++k) w |= palette[rng() % 3] << (4 * k);
             return rng() % 4 == 0 ? uint32_t(rng()) : w;
         };
-        const tr::FootprintWords f{word(), word(), word(), word(), word(), word(), word(), word()};
+        const FootprintWords f{word(), word(), word(), word(), word(), word(), word(), word()};
         uint32_t expected[16] = {};
-        tr::ForEachFootprintSample(f, [&expected](uint32_t n) { ++expected[n]; });
+        ForEachFootprintSample(f, [&expected](uint32_t n) { ++expected[n]; });
         uint8_t counts[16];
-        const uint32_t present = tr::CountFootprint(f, counts);
+        const uint32_t present = CountFootprint(f, counts);
         for (uint32_t n = 0; n < 16; ++n) {
             ASSERT_EQ((present >> n) & 1u, expected[n] != 0 ? 1u : 0u) << "number " << n;
             ASSERT_EQ(expected[n] != 0 ? counts[n] : 0u, expected[n]) << "number " << n;
