@@ -1,15 +1,19 @@
 // tests/paint/compositing_test_support.h — test-only: characters with a
-// coverage buffer of their own, deterministic applicators and the blend
-// written straight from its definition.
+// coverage buffer of their own, a deterministic applicator, and compositing
+// of one or several characters written straight from the rules, one sample
+// at a time.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
-#include <string>
+#include <random>
+#include <utility>
 #include <vector>
 
 #include "paint/color_applicator.h"
+#include "paint/compositor.h"
 #include "paint/painter.h"
 
 namespace testing_support {
@@ -35,16 +39,10 @@ public:
         color.c0 = static_cast<float>(h & 0xFF) * 0.75f + 0.3f;
         color.c1 = static_cast<float>((h >> 8) & 0xFF);
         color.c2 = static_cast<float>((h >> 4) & 0xFF) * 0.999f;
-        switch ((h >> 16) & 7) {
-            case 0:
-                color.alpha = 0.0f;
-                break;
-            case 1:
-                color.alpha = 255.0f;
-                break;
-            default:
-                color.alpha = static_cast<float>((h >> 20) & 0xFF) * 0.997f + 0.1f;
-        }
+        const uint32_t kind = (h >> 16) & 7;
+        color.alpha = kind == 0   ? 0.0f
+                      : kind == 1 ? 255.0f
+                                  : static_cast<float>((h >> 20) & 0xFF) * 0.997f + 0.1f;
         return color.alpha;
     }
     uint32_t LayerValueAt(int32_t x, int32_t y) override {
@@ -61,22 +59,25 @@ struct TestCharacter {
     TestCharacter(int32_t w, int32_t h) : width(w), height(h), coverage(size_t(w) * h * 4, 0) {}
 
     // Sub-sample (sx, sy) by the buffer's addressing rule.
-    void SetSample(int32_t sx, int32_t sy, uint32_t n) {
-        uint16_t& word = coverage[size_t(sy / 4) * 4 * width + size_t(sx / 4) * 4 + sy % 4];
-        const int shift = 12 - 4 * (sx % 4);
-        word = static_cast<uint16_t>((word & ~(0xFu << shift)) | (n << shift));
+    uint16_t& Word(int32_t sx, int32_t sy) {
+        return coverage[size_t(sy / 4) * 4 * width + size_t(sx / 4) * 4 + sy % 4];
     }
-    uint32_t Sample(int32_t sx, int32_t sy) const {
-        return (coverage[size_t(sy / 4) * 4 * width + size_t(sx / 4) * 4 + sy % 4] >>
-                (12 - 4 * (sx % 4))) &
-               0xFu;
+    void SetSample(int32_t sx, int32_t sy, uint32_t n) {
+        const int shift = 12 - 4 * (sx % 4);
+        Word(sx, sy) = static_cast<uint16_t>((Word(sx, sy) & ~(0xFu << shift)) | (n << shift));
+    }
+    uint32_t Sample(int32_t sx, int32_t sy) { return (Word(sx, sy) >> (12 - 4 * (sx % 4))) & 0xFu; }
+    // Every sub-sample from sample(sx, sy).
+    template <class F>
+    void Fill(F sample) {
+        for (int32_t sy = 0; sy < 4 * height; ++sy) {
+            for (int32_t sx = 0; sx < 4 * width; ++sx) SetSample(sx, sy, sample(sx, sy));
+        }
     }
     void Bind(uint32_t* pixels, int32_t pitchBytes, int32_t clipWidth, int32_t clipHeight, double x,
               double y, int32_t blendMode) {
-        const PainterRectangle rectangle{};
-        const ShaderPoint quad[4] = {};
         painter.BindTarget(width, height, coverage.data(), pixels, x, y, blendMode, pitchBytes,
-                           &rectangle, 0.0, clipWidth, clipHeight, 1.0, quad, quad, ShaderPoint{});
+                           nullptr, 0.0, clipWidth, clipHeight, 1.0, nullptr, nullptr, {});
     }
 
     int32_t width;
@@ -84,6 +85,20 @@ struct TestCharacter {
     std::vector<uint16_t> coverage;
     CPainter painter;
 };
+
+// Blobs of squares of 1 to 8 pixels from a four-number palette; perMille of
+// the samples are replaced by a palette entry or, one time in three, by any
+// number.
+inline void FillBlobs(TestCharacter& ch, std::mt19937& rng, const uint32_t palette[4],
+                      int perMille) {
+    auto pick = [&rng](int n) { return std::uniform_int_distribution<int>(0, n - 1)(rng); };
+    const int32_t blockSub = 4 * (1 + pick(8));
+    const uint32_t seed = rng();
+    ch.Fill([&](int32_t sx, int32_t sy) {
+        if (pick(1000) < perMille) return pick(3) == 0 ? uint32_t(pick(16)) : palette[pick(4)];
+        return palette[Hash(seed, sx / blockSub, sy / blockSub) & 3];
+    });
+}
 
 // Sub-sample offsets of the 48-sample footprint of pixel (x, y), relative to
 // sub-sample (4x, 4y): the own column from sub-row −2 to 5, sub-rows 1 and 3
@@ -108,39 +123,150 @@ inline uint32_t Pack(float c0, float c1, float c2, float alpha) {
     return RoundByte(c0) | RoundByte(c1) << 8 | RoundByte(c2) << 16 | RoundByte(alpha) << 24;
 }
 
-// The counted blend from its definition: S, C0-C2 and P of the footprint.
-inline uint32_t BlendByDefinition(uint32_t target, float s, const float c[3], int32_t p,
-                                  int32_t blendMode) {
-    const float t[3] = {float(target & 0xFF), float((target >> 8) & 0xFF),
-                        float((target >> 16) & 0xFF)};
-    const float d = float(target >> 24);
-    if (blendMode == 0) {
-        if (s == 0.0f) return target;
-        const float a = s / 48.0f;
-        const float o = d + a - d * a / 255.0f;
-        if (o == 0.0f) return 0;
-        float out[3];
-        for (int j = 0; j < 3; ++j)
-            out[j] = (c[j] / s) * (a / o) + t[j] * ((d - d * a / 255.0f) / o);
-        return Pack(out[0], out[1], out[2], o);
+// S, C0-C2 and P of a counted footprint, summed in the order of Add calls.
+struct Sums {
+    float s = 0.0f;
+    float c[3] = {0.0f, 0.0f, 0.0f};
+    int32_t p = 0;
+    void Add(int32_t k, CColorApplicator* a, int32_t x, int32_t y) {
+        const float w = float(k) * a->ShadeAt(x, y);
+        s = s + w;
+        c[0] = c[0] + w * a->color.c0;
+        c[1] = c[1] + w * a->color.c1;
+        c[2] = c[2] + w * a->color.c2;
     }
-    const float u = float(48 - p) * d;
-    const float total = s + u;
-    if (total == 0.0f) return 0;
+};
+
+inline float Channel(uint32_t pixel, int j) { return float((pixel >> (8 * j)) & 0xFF); }
+
+// "over" of source colour src with alpha a.
+inline uint32_t OverByDefinition(uint32_t target, const float src[3], float a) {
+    const float d = Channel(target, 3);
+    const float o = d + a - d * a / 255.0f;
+    if (o == 0.0f) return 0;
     float out[3];
-    for (int j = 0; j < 3; ++j) out[j] = (t[j] * u + c[j]) / total;
+    for (int j = 0; j < 3; ++j)
+        out[j] = src[j] * (a / o) + Channel(target, j) * ((d - d * a / 255.0f) / o);
+    return Pack(out[0], out[1], out[2], o);
+}
+
+// The counted blend from its definition.
+inline uint32_t BlendByDefinition(uint32_t target, const Sums& sums, int32_t blendMode) {
+    float out[3];
+    if (blendMode == 0) {
+        if (sums.s == 0.0f) return target;
+        for (int j = 0; j < 3; ++j) out[j] = sums.c[j] / sums.s;
+        return OverByDefinition(target, out, sums.s / 48.0f);
+    }
+    const float u = float(48 - sums.p) * Channel(target, 3);
+    const float total = sums.s + u;
+    if (total == 0.0f) return 0;
+    for (int j = 0; j < 3; ++j) out[j] = (Channel(target, j) * u + sums.c[j]) / total;
     return Pack(out[0], out[1], out[2], total / 48.0f);
 }
 
-inline std::string Hex(const std::vector<uint16_t>& words, int32_t perLine) {
-    std::string s;
-    char buffer[8];
-    for (size_t i = 0; i < words.size(); ++i) {
-        std::snprintf(buffer, sizeof buffer, "%04x%c", words[i],
-                      (i + 1) % size_t(perLine) == 0 ? '\n' : ' ');
-        s += buffer;
+// How many pixels the reference decided by the uniform rule (and shaded)
+// and by counting.
+struct PathCounts {
+    int uniformPainted = 0;
+    int counted = 0;
+};
+
+// The number n when the eight coverage words holding the footprint of pixel
+// (x, y) are n in every sub-sample, else −1: the own column from sub-row −2
+// to 5 and the left and right pixels' sub-rows 0 to 3.
+inline int32_t UniformNumber(TestCharacter& ch, int32_t x, int32_t y) {
+    const uint32_t n = ch.Sample(4 * x, 4 * y);
+    for (int32_t dy = -2; dy < 6; ++dy) {
+        for (int32_t dx = -4; dx < 8; ++dx) {
+            const bool inWords = (dx >= 0 && dx < 4) || (dy >= 0 && dy < 4);
+            if (inWords && ch.Sample(4 * x + dx, 4 * y + dy) != n) return -1;
+        }
     }
-    return s;
+    return int32_t(n);
+}
+
+// Composites the characters (the first 24 of them) over rect, clipped to
+// the surface and to every character's readable interior. A lone character
+// whose footprint words are all one number takes that slot's shade alone.
+// Otherwise each sample goes to the character with the highest number; on a
+// tie to the first listed or, on a joined slot, to the highest layer value
+// (first on equal values) and to nobody when none exceeds 0, unless exactly
+// two are listed. The owners' counts are shaded in number order, characters
+// in list order within a number.
+inline void CompositeByDefinition(const std::vector<TestCharacter*>& listed,
+                                  const CompositeRect& rect, int32_t mode, uint32_t* pixels,
+                                  int32_t stride, int32_t clipW, int32_t clipH, PathCounts& paths) {
+    const size_t n = std::min<size_t>(listed.size(), 24);
+    static CNullColor emptySlot;
+    auto slot = [&](size_t c, uint32_t i) -> CColorApplicator* {
+        CColorApplicator* a = listed[c]->painter.GetSlot(int32_t(i));
+        return a ? a : &emptySlot;
+    };
+    bool joined[16] = {};
+    for (uint32_t i = 1; i < 16; ++i) {
+        joined[i] = true;
+        for (size_t c = 0; c < n; ++c) joined[i] = joined[i] && slot(c, i)->joinsNeighbours;
+    }
+    for (int32_t ty = std::max(rect.y, 0); ty < std::min(rect.y + rect.height, clipH); ++ty) {
+        for (int32_t tx = std::max(rect.x, 0); tx < std::min(rect.x + rect.width, clipW); ++tx) {
+            std::vector<int32_t> xs(n), ys(n);
+            bool inside = true;
+            for (size_t c = 0; c < n; ++c) {
+                xs[c] = tx - int32_t(std::floor(listed[c]->painter.positionX));
+                ys[c] = ty - int32_t(std::floor(listed[c]->painter.positionY));
+                inside = inside && xs[c] >= 1 && ys[c] >= 1 && xs[c] <= listed[c]->width - 2 &&
+                         ys[c] <= listed[c]->height - 2;
+            }
+            if (!inside) continue;
+            uint32_t& target = pixels[size_t(ty) * size_t(stride) + size_t(tx)];
+            const int32_t uniform = n == 1 ? UniformNumber(*listed[0], xs[0], ys[0]) : -1;
+            if (uniform == 0 || uniform == 1) continue;
+            if (uniform >= 2) {
+                ++paths.uniformPainted;
+                CColorApplicator* a = slot(0, uint32_t(uniform));
+                const float alpha = a->ShadeAt(xs[0], ys[0]);
+                const float src[3] = {a->color.c0, a->color.c1, a->color.c2};
+                target = mode == 0 ? OverByDefinition(target, src, alpha)
+                                   : Pack(src[0], src[1], src[2], alpha);
+                continue;
+            }
+            ++paths.counted;
+            std::vector<std::array<int32_t, 16>> counts(n, std::array<int32_t, 16>{});
+            Sums sums;
+            std::vector<uint32_t> v(n);
+            for (const auto& [dx, dy] : FootprintOffsets()) {
+                for (size_t c = 0; c < n; ++c)
+                    v[c] = listed[c]->Sample(4 * xs[c] + dx, 4 * ys[c] + dy);
+                const uint32_t best = *std::max_element(v.begin(), v.end());
+                std::vector<size_t> tied;
+                for (size_t c = 0; c < n; ++c) {
+                    if (v[c] == best) tied.push_back(c);
+                }
+                int owner = int(tied[0]);
+                if (tied.size() > 1 && joined[best]) {
+                    auto value = [&](size_t c) {
+                        return slot(c, best)->LayerValueAt(xs[c], ys[c]);
+                    };
+                    owner = listed.size() == 2 ? owner : -1;
+                    uint32_t top = owner >= 0 ? value(tied[0]) : 0;
+                    for (size_t c : tied) {
+                        if (value(c) > top) top = value(c), owner = int(c);
+                    }
+                }
+                if (owner < 0) continue;
+                ++counts[size_t(owner)][best];
+                sums.p += best >= 2 ? 1 : 0;
+            }
+            if (sums.p == 0) continue;
+            for (uint32_t i = 2; i < 16; ++i) {
+                for (size_t c = 0; c < n; ++c) {
+                    if (counts[c][i] != 0) sums.Add(counts[c][i], slot(c, i), xs[c], ys[c]);
+                }
+            }
+            target = BlendByDefinition(target, sums, mode);
+        }
+    }
 }
 
 }  // namespace testing_support

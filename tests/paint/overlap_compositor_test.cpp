@@ -5,9 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
-#include <cmath>
 #include <cstring>
 #include <memory>
 #include <random>
@@ -17,10 +14,7 @@
 
 namespace {
 
-using testing_support::BlendByDefinition;
-using testing_support::CPatternShade;
-using testing_support::FootprintOffsets;
-using testing_support::TestCharacter;
+using namespace testing_support;
 
 // Flat colour with a fixed layer value.
 class CFixedShade final : public CColorApplicator {
@@ -38,10 +32,12 @@ private:
 TEST(OverlapCompositor, TieRules) {
     constexpr uint32_t kColours[3] = {0xFF0000FFu, 0xFF00FF00u, 0xFFFF0000u};
     constexpr uint32_t kUnchanged = 0x00123456u;
+    // Character c holds numbers[c] in every sample; slot 3 has a joins flag
+    // and a layer value, slot 7 is a plain colour.
     const struct {
         const char* name;
         int count;
-        uint32_t numbers[3];  // every sample of character c holds numbers[c]
+        uint32_t numbers[3];
         bool joins[3];
         uint32_t layer[3];
         uint32_t expected;
@@ -51,19 +47,9 @@ TEST(OverlapCompositor, TieRules) {
         {"joined: higher layer value", 2, {3, 3}, {true, true}, {5, 9}, kColours[1]},
         {"joined, equal values: first", 2, {3, 3}, {true, true}, {9, 9}, kColours[0]},
         {"two, joined, all zero: first", 2, {3, 3}, {true, true}, {0, 0}, kColours[0]},
-        {"three, joined, all zero: nobody",
-         3,
-         {3, 3, 0},
-         {true, true, true},
-         {0, 0, 7},
-         kUnchanged},
+        {"three, joined, all zero: none", 3, {3, 3, 0}, {true, true, true}, {0, 0, 7}, kUnchanged},
         {"three, joined: layer value", 3, {3, 3, 0}, {true, true, true}, {0, 4, 7}, kColours[1]},
-        {"three, one not joining: first",
-         3,
-         {3, 3, 0},
-         {true, true, false},
-         {0, 4, 7},
-         kColours[0]},
+        {"three, one not joining", 3, {3, 3, 0}, {true, true, false}, {0, 4, 7}, kColours[0]},
         {"three, all tied", 3, {3, 3, 3}, {true, true, true}, {1, 4, 6}, kColours[2]},
     };
     for (const auto& c : cases) {
@@ -71,16 +57,13 @@ TEST(OverlapCompositor, TieRules) {
         std::vector<CPainter*> painters;
         std::vector<uint32_t> pixels(9, kUnchanged);
         for (int i = 0; i < c.count; ++i) {
-            chars.push_back(std::make_unique<TestCharacter>(3, 3));
-            for (int32_t sy = 0; sy < 12; ++sy) {
-                for (int32_t sx = 0; sx < 12; ++sx) chars.back()->SetSample(sx, sy, c.numbers[i]);
-            }
-            chars.back()->painter.InstallApplicator(
-                3, new CFixedShade(kColours[i], c.layer[i], c.joins[i]));
-            chars.back()->painter.SetColor(7, kColours[i]);
-            chars.back()->painter.FillEmptySlotsWithNullColors();
-            chars.back()->Bind(pixels.data(), 12, 3, 3, 0.0, 0.0, 0);
-            painters.push_back(&chars.back()->painter);
+            TestCharacter& ch = *chars.emplace_back(std::make_unique<TestCharacter>(3, 3));
+            ch.Fill([&](int32_t, int32_t) { return c.numbers[i]; });
+            ch.painter.InstallApplicator(3, new CFixedShade(kColours[i], c.layer[i], c.joins[i]));
+            ch.painter.SetColor(7, kColours[i]);
+            ch.painter.FillEmptySlotsWithNullColors();
+            ch.Bind(pixels.data(), 12, 3, 3, 0.0, 0.0, 0);
+            painters.push_back(&ch.painter);
         }
         CompositeRegion(painters.data(), c.count, CompositeRect{0, 0, 3, 3}, 0);
         EXPECT_EQ(pixels[4], c.expected) << c.name << std::hex << " got 0x" << pixels[4];
@@ -90,165 +73,55 @@ TEST(OverlapCompositor, TieRules) {
 
 // ---- random overlaps against a per-sample reference ------------------------
 
-struct Scene {
-    std::vector<std::unique_ptr<TestCharacter>> chars;
-    CompositeRect rect;
-    int32_t mode = 0;
-    int32_t clipW = 0, clipH = 0;
-    std::string description;
-};
-
-// The reference: at each sample the highest number owns; ties go to the first
-// listed, or on a joined slot to the highest layer value (first on equal
-// values), none when no value exceeds 0 unless exactly two are listed.
-void ReferenceComposite(const Scene& scene, uint32_t* pixels) {
-    const size_t listed = scene.chars.size();
-    const size_t n = std::min<size_t>(listed, 24);
-    static CNullColor emptySlot;
-    auto slot = [&](size_t c, uint32_t i) -> CColorApplicator* {
-        CColorApplicator* a = scene.chars[c]->painter.GetSlot(int32_t(i));
-        return a ? a : &emptySlot;
-    };
-    bool joined[16] = {};
-    for (uint32_t i = 1; i < 16; ++i) {
-        joined[i] = true;
-        for (size_t c = 0; c < n; ++c) {
-            const CColorApplicator* a = scene.chars[c]->painter.GetSlot(int32_t(i));
-            joined[i] = joined[i] && a && a->joinsNeighbours;
-        }
-    }
-    const auto offsets = FootprintOffsets();
-    for (int32_t ty = scene.rect.y; ty < scene.rect.y + scene.rect.height; ++ty) {
-        for (int32_t tx = scene.rect.x; tx < scene.rect.x + scene.rect.width; ++tx) {
-            if (tx < 0 || ty < 0 || tx >= scene.clipW || ty >= scene.clipH) continue;
-            std::vector<int32_t> xs(n), ys(n);
-            bool inside = true;
-            for (size_t c = 0; c < n; ++c) {
-                const TestCharacter& ch = *scene.chars[c];
-                xs[c] = tx - int32_t(std::floor(ch.painter.positionX));
-                ys[c] = ty - int32_t(std::floor(ch.painter.positionY));
-                inside = inside && xs[c] >= 1 && ys[c] >= 1 && xs[c] <= ch.width - 2 &&
-                         ys[c] <= ch.height - 2;
-            }
-            if (!inside) continue;
-            std::vector<std::array<int32_t, 16>> counts(n, std::array<int32_t, 16>{});
-            for (const auto& [dx, dy] : offsets) {
-                std::vector<uint32_t> v(n);
-                uint32_t best = 0;
-                for (size_t c = 0; c < n; ++c) {
-                    v[c] = scene.chars[c]->Sample(4 * xs[c] + dx, 4 * ys[c] + dy);
-                    best = std::max(best, v[c]);
-                }
-                std::vector<size_t> tied;
-                for (size_t c = 0; c < n; ++c) {
-                    if (v[c] == best) tied.push_back(c);
-                }
-                int owner = int(tied[0]);
-                if (tied.size() > 1 && joined[best]) {
-                    uint32_t top = 0;
-                    owner = listed == 2 ? int(tied[0]) : -1;
-                    if (owner >= 0)
-                        top = slot(tied[0], best)->LayerValueAt(xs[tied[0]], ys[tied[0]]);
-                    for (size_t c : tied) {
-                        const uint32_t value = slot(c, best)->LayerValueAt(xs[c], ys[c]);
-                        if (value > top) top = value, owner = int(c);
-                    }
-                }
-                if (owner >= 0) ++counts[size_t(owner)][best];
-            }
-            int32_t p = 0;
-            for (size_t c = 0; c < n; ++c) {
-                for (int i = 2; i < 16; ++i) p += counts[c][i];
-            }
-            uint32_t& target = pixels[size_t(ty) * size_t(scene.clipW) + size_t(tx)];
-            if (p == 0) continue;
-            float s = 0.0f, col[3] = {0.0f, 0.0f, 0.0f};
-            for (uint32_t i = 2; i < 16; ++i) {
-                for (size_t c = 0; c < n; ++c) {
-                    if (counts[c][i] == 0) continue;
-                    CColorApplicator* a = slot(c, i);
-                    const float w = float(counts[c][i]) * a->ShadeAt(xs[c], ys[c]);
-                    s = s + w;
-                    col[0] = col[0] + w * a->color.c0;
-                    col[1] = col[1] + w * a->color.c1;
-                    col[2] = col[2] + w * a->color.c2;
-                }
-            }
-            target = BlendByDefinition(target, s, col, p, scene.mode);
-        }
-    }
-}
-
 // Characters stacked over a common area with blobby coverage from a small
 // palette (so numbers tie often) and joined slots now and then.
-Scene MakeScene(std::mt19937& rng, int iteration) {
-    auto range = [&rng](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng); };
-    Scene scene;
-    scene.clipW = 40;
-    scene.clipH = 40;
-    scene.mode = range(0, 2);
-    const int count = range(0, 1) ? range(2, 4) : range(2, 30);  // few: more uniform pixels
-    const CompositeRect common{range(4, 20), range(4, 20), range(1, 10), range(1, 10)};
-    scene.rect = {common.x - range(0, 2), common.y - range(0, 2), common.width + range(0, 4),
-                  common.height + range(0, 4)};
-    const uint32_t palette[4] = {0, 1, uint32_t(range(2, 15)), uint32_t(range(2, 15))};
-    bool joinSlot[16] = {};
-    for (int i = 1; i < 16; ++i) joinSlot[i] = range(0, 2) == 0;
-    std::ostringstream d;
-    d << "iteration " << iteration << ": " << count << " characters, mode " << scene.mode
-      << ", rect (" << scene.rect.x << "," << scene.rect.y << "," << scene.rect.width << ","
-      << scene.rect.height << ")\n";
-    for (int c = 0; c < count; ++c) {
-        const int32_t w = common.width + 2 + range(0, 6), h = common.height + 2 + range(0, 6);
-        auto ch = std::make_unique<TestCharacter>(w, h);
-        // Coverage pixel range that keeps `common` in the readable interior.
-        const int32_t ox = range(common.x + common.width - w + 1, common.x - 1);
-        const int32_t oy = range(common.y + common.height - h + 1, common.y - 1);
-        const int block = range(1, 8);
-        const uint32_t seed = rng();
-        const bool noisy = range(0, 1) == 0;
-        for (int32_t sy = 0; sy < 4 * h; ++sy) {
-            for (int32_t sx = 0; sx < 4 * w; ++sx) {
-                uint32_t v =
-                    palette[testing_support::Hash(seed, sx / 4 / block, sy / 4 / block) & 3];
-                if (noisy && range(0, 19) == 0) v = palette[range(0, 3)];
-                ch->SetSample(sx, sy, v);
-            }
-        }
-        for (int32_t i = 0; i < 16; ++i) {
-            const int kind = range(0, 9);
-            if (kind == 0) continue;  // empty slot
-            if (kind == 1) {
-                ch->painter.SetColor(i, rng());
-            } else {
-                const bool joins = joinSlot[i] && range(0, 15) != 0;
-                ch->painter.InstallApplicator(i, new CPatternShade(rng(), joins));
-            }
-        }
-        const double x = ox + range(0, 3) * 0.25, y = oy + range(0, 3) * 0.3;
-        ch->Bind(nullptr, scene.clipW * 4, scene.clipW, scene.clipH, x, y, range(0, 1));
-        d << "  " << w << "x" << h << " at (" << x << "," << y << ") seed " << seed << "\n";
-        scene.chars.push_back(std::move(ch));
-    }
-    scene.description = d.str();
-    return scene;
-}
-
 TEST(OverlapCompositor, MatchesPerSampleReference) {
+    constexpr int32_t kSize = 40;  // surface width and height
     std::mt19937 rng(777);
+    auto range = [&rng](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng); };
     for (int iteration = 0; iteration < 1500; ++iteration) {
-        Scene scene = MakeScene(rng, iteration);
-        std::vector<uint32_t> initial(size_t(scene.clipW) * scene.clipH);
-        for (uint32_t& p : initial) p = rng() % 3 == 0 ? (rng() & 0x00FFFFFFu) : rng();
-        std::vector<uint32_t> got = initial, expected = initial;
+        const int32_t mode = range(0, 2);
+        const int count = range(0, 1) ? range(2, 4) : range(2, 30);  // few: more uniform pixels
+        const CompositeRect common{range(4, 20), range(4, 20), range(1, 10), range(1, 10)};
+        const CompositeRect rect{common.x - range(0, 2), common.y - range(0, 2),
+                                 common.width + range(0, 4), common.height + range(0, 4)};
+        const uint32_t palette[4] = {0, 1, uint32_t(range(2, 15)), uint32_t(range(2, 15))};
+        bool joinSlot[16] = {};
+        for (int i = 1; i < 16; ++i) joinSlot[i] = range(0, 2) == 0;
+        std::vector<uint32_t> got(size_t(kSize) * kSize);
+        for (uint32_t& p : got) p = rng() % 3 == 0 ? (rng() & 0x00FFFFFFu) : rng();
+        std::vector<uint32_t> expected = got;
+        std::vector<std::unique_ptr<TestCharacter>> chars;
+        std::vector<TestCharacter*> listed;
         std::vector<CPainter*> painters;
-        for (auto& ch : scene.chars) {
-            ch->painter.targetPixels = got.data();
-            painters.push_back(&ch->painter);
+        std::ostringstream what;
+        what << "iteration " << iteration << ": mode " << mode << ", rect (" << rect.x << ","
+             << rect.y << "," << rect.width << "," << rect.height << ")";
+        for (int c = 0; c < count; ++c) {
+            const int32_t w = common.width + 2 + range(0, 6), h = common.height + 2 + range(0, 6);
+            TestCharacter& ch = *chars.emplace_back(std::make_unique<TestCharacter>(w, h));
+            // Coverage pixel range that keeps `common` in the readable interior.
+            const int32_t ox = range(common.x + common.width - w + 1, common.x - 1);
+            const int32_t oy = range(common.y + common.height - h + 1, common.y - 1);
+            FillBlobs(ch, rng, palette, range(0, 1) ? 0 : 50);
+            for (int32_t i = 0; i < 16; ++i) {
+                const int kind = range(0, 9);  // 0: empty slot
+                if (kind == 1) ch.painter.SetColor(i, rng());
+                if (kind > 1) {
+                    const bool joins = joinSlot[i] && range(0, 15) != 0;
+                    ch.painter.InstallApplicator(i, new CPatternShade(rng(), joins));
+                }
+            }
+            const double x = ox + range(0, 3) * 0.25, y = oy + range(0, 3) * 0.3;
+            ch.Bind(got.data(), kSize * 4, kSize, kSize, x, y, range(0, 1));
+            listed.push_back(&ch);
+            painters.push_back(&ch.painter);
+            what << "; " << w << "x" << h << " at (" << x << "," << y << ")";
         }
-        CompositeRegion(painters.data(), int32_t(painters.size()), scene.rect, scene.mode);
-        ReferenceComposite(scene, expected.data());
-        ASSERT_EQ(0, std::memcmp(got.data(), expected.data(), got.size() * 4)) << scene.description;
+        CompositeRegion(painters.data(), count, rect, mode);
+        PathCounts paths;
+        CompositeByDefinition(listed, rect, mode, expected.data(), kSize, kSize, kSize, paths);
+        ASSERT_EQ(0, std::memcmp(got.data(), expected.data(), got.size() * 4)) << what.str();
     }
 }
 
