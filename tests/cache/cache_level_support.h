@@ -1,13 +1,11 @@
 // tests/cache/cache_level_support.h — test-private: a counting glyph host,
-// reference blocks built without any cache, and views into the two outline
-// caches (their boxes, their budget invariants, their files).
+// reference blocks built without any cache, and the files of the disk cache.
 #pragma once
-
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <cstdint>
 #include <cstring>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -17,6 +15,7 @@
 
 #include "cache/disk_cache.h"
 #include "cache/memory_cache.h"
+#include "cache_views.h"
 #include "outline/outline_builder.h"
 #include "outline/outline_request.h"
 #include "tests/outline/glyph_data.h"
@@ -24,9 +23,8 @@
 namespace tr::test {
 
 // Answers every character with a square in the curve-record format whose
-// side grows with the character code (code % 61 + 4 units, times `scale`),
-// so different codes give different blocks. Counts its calls: a build asks
-// twice (size, then data).
+// side is (code % 61 + 4) × `scale` units, so different codes give different
+// blocks. A build calls twice (size, then data).
 struct SquareHost {
     double scale = 1.0;
     std::atomic<int> calls{0};
@@ -34,16 +32,13 @@ struct SquareHost {
     uintptr_t Context() { return reinterpret_cast<uintptr_t>(this); }
     [[nodiscard]] int Builds() const { return calls.load() / 2; }
 
-    static std::vector<std::uint8_t> Glyph(std::uint32_t code, double scale) {
-        const double side = static_cast<double>(code % 61 + 4) * scale;
-        return CurveGlyph().Polygon({0, 0}).Record(1, {{0, side}, {side, side}, {side, 0}}).Data();
-    }
-
     static std::int32_t Callback(uintptr_t context, std::uint32_t code, void*, std::uint32_t size,
                                  void* buffer, const std::int32_t*) {
         auto* host = reinterpret_cast<SquareHost*>(context);
         host->calls.fetch_add(1);
-        const std::vector<std::uint8_t> data = Glyph(code, host->scale);
+        const double side = static_cast<double>(code % 61 + 4) * host->scale;
+        const std::vector<std::uint8_t> data =
+            CurveGlyph().Polygon({0, 0}).Record(1, {{0, side}, {side, side}, {side, 0}}).Data();
         if (buffer == nullptr) return static_cast<std::int32_t>(data.size());
         if (size < data.size()) return 0;
         std::memcpy(buffer, data.data(), data.size());
@@ -53,8 +48,7 @@ struct SquareHost {
 
 inline OutlineRequest Ticket(SquareHost& host, std::uint16_t code, std::uint32_t extraKey = 8,
                              std::uint32_t flags = 0, std::int32_t outlineSize = 64) {
-    return MakeOutlineRequest(host.Context(), flags, outlineSize, &SquareHost::Callback, code,
-                              extraKey, 0);
+    return MakeOutlineRequest(host.Context(), flags, outlineSize, &SquareHost::Callback, code, extraKey, 0);
 }
 
 inline std::vector<std::uint8_t> BytesOf(const OMData& handle) {
@@ -62,74 +56,16 @@ inline std::vector<std::uint8_t> BytesOf(const OMData& handle) {
     return {handle.pointer, handle.pointer + handle.size};
 }
 
-// The block of a ticket as the direct build makes it, with a host of its own
+// The block of a ticket as the direct build makes it, from a host of its own
 // so that the counts of the host under test stay untouched.
-inline std::vector<std::uint8_t> ReferenceBlock(const OutlineRequest& ticket, double scale = 1.0) {
+inline std::vector<std::uint8_t> ReferenceBlock(const OutlineRequest& ticket) {
     SquareHost host;
-    host.scale = scale;
-    const OutlineRequest own = MakeOutlineRequest(host.Context(), ticket.flags, ticket.outlineSize,
-                                                  &SquareHost::Callback, ticket.characterCode,
-                                                  ticket.extraKey, ticket.options);
-    const OMData built = BuildOutlineBlock(own);
+    const OMData built = BuildOutlineBlock(MakeOutlineRequest(host.Context(), ticket.flags, ticket.outlineSize,
+                                                              &SquareHost::Callback, ticket.characterCode,
+                                                              ticket.extraKey, ticket.options));
     std::vector<std::uint8_t> bytes = BytesOf(built);
     delete[] built.pointer;
     return bytes;
-}
-
-template <typename Cache>
-std::vector<typename Cache::Box*> BoxesOf(Cache& cache) {
-    std::vector<typename Cache::Box*> boxes;
-    cache.ForEachBox(
-        [](typename Cache::Box* box, void* context) {
-            static_cast<std::vector<typename Cache::Box*>*>(context)->push_back(box);
-            return 0;
-        },
-        &boxes);
-    return boxes;
-}
-
-// The entry a lookup of `ticket` would find: equal key, not invalidated.
-template <typename Cache>
-typename Cache::Box* LiveBox(Cache& cache, const OutlineRequest& ticket) {
-    for (auto* box : BoxesOf(cache)) {
-        if (!box->invalidated && !(box->ticket < ticket) && !(ticket < box->ticket)) return box;
-    }
-    return nullptr;
-}
-
-template <typename P, typename Cache>
-std::uint32_t Property(Cache& cache) {
-    return PropertyOf<P>(static_cast<CacheProperties&>(cache)).Get();
-}
-
-// The budget invariants, summed from the boxes under the cache's lock.
-template <typename Cache>
-void ExpectBudgetInvariants(Cache& cache, const std::string& where) {
-    vantor::threads::ScopedLock lock(cache.GetMutex());
-    std::uint32_t total = 0, unreferenced = 0, referenced = 0;
-    for (auto* box : BoxesOf(cache)) {
-        const auto cost = static_cast<std::uint32_t>(box->cost);
-        total += cost;
-        (box->refCount > 0 ? referenced : unreferenced) += cost;
-        EXPECT_GE(box->refCount, 0) << where;
-        if (box->factory == nullptr) {
-            EXPECT_EQ(box->cost, 0) << where;
-        }
-    }
-    EXPECT_EQ(Property<TotalCacheContents>(cache), total) << where;
-    EXPECT_EQ(Property<FlexCacheContents>(cache), unreferenced) << where;
-    EXPECT_EQ(Property<FlexCacheSize>(cache), Property<TotalCacheSize>(cache) - referenced) << where;
-}
-
-// Swaps out every unreferenced entry, as a replacement pass under a budget of
-// nothing does, then restores the budget. For a cache of which no handle is
-// held: restoring the budget takes no account of referenced entries.
-template <typename Cache>
-void EvictUnreferenced(Cache& cache) {
-    const std::uint32_t budget = cache.GetCacheSize();
-    cache.SetCacheSize(0);
-    cache.RunGreedyPass();
-    cache.SetCacheSize(budget);
 }
 
 inline std::optional<std::vector<std::uint8_t>> FileBytes(const std::string& path) {
