@@ -1,22 +1,19 @@
 // Tests of the generic cache over a fake factory: failed lookups,
 // invalidation, panic release, the budget invariants under random traffic,
-// the greedy pass (eviction order and stop, thinning of boxes without data),
-// re-entrant lookups, statistics, and background passes of the real policy.
+// the greedy pass (eviction order and stop, thinning of boxes without data)
+// and re-entrant lookups.
 #include "cache/cache_implementation.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <functional>
 #include <random>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
-#include "cache/greedy_cra.h"
-#include "cache_views.h"
+#include "cache_level_support.h"
 
 namespace tr::test {
 namespace {
@@ -71,8 +68,7 @@ using TestCache = CacheImplementation<int, Handle, FakeFactory, FakeMetaFactory,
 using Box = TestCache::Box;
 
 // Gets and releases each key once.
-template <typename Cache>
-void Touch(Cache& cache, std::initializer_list<int> keys) {
+void Touch(TestCache& cache, std::initializer_list<int> keys) {
     for (const int key : keys) {
         Handle handle;
         ASSERT_TRUE(cache.Get(key, handle));
@@ -238,42 +234,6 @@ TEST_F(CacheTest, ReentrantLookupSkipsTheEntryUnderProduction) {
     EXPECT_EQ(original->missCount, before.missCount + 1);
     EXPECT_EQ(original->refCount, 1);
     EXPECT_TRUE(cache.Release(handle));
-}
-
-TEST_F(CacheTest, StatisticsOfAnEntryHeldTwice) {
-    TestCache cache(1000);
-    Handle a, b;
-    ASSERT_TRUE(cache.Get(30, a));
-    ASSERT_TRUE(cache.Get(30, b));
-    char buffer[2048] = "";
-    const uint32_t capacity = sizeof buffer - 1;
-    EXPECT_TRUE(cache.DumpStatistics(buffer, &capacity));
-    EXPECT_STREQ(buffer,
-                 "Factory_Box:\n Cost in Memory: 30\n Reference Count: 2\n Hit Count: 1\n Miss Count: 1"
-                 "\n Hit Ratio: 0.500000\n Num Times Swapped In: 1\n Num Times Swapped Out: 0"
-                 "\n Is currently cached.\nHit Count: 1\nMiss Count: 1\nHit Ratio: 0.500000\nRef Count: 2\n"
-                 " Total Currently Cached: 1\n Total FBs: 1\n");
-    EXPECT_TRUE(cache.Release(a));
-    EXPECT_TRUE(cache.Release(b));
-}
-
-// The real policy: requests over budget post passes to the background
-// executor, which brings the data back down; destruction shuts it down first.
-TEST_F(CacheTest, BackgroundPassesWithTheGreedyPolicy) {
-    {
-        CacheImplementation<int, Handle, FakeFactory, FakeMetaFactory, Greedy_CRA> cache(1000);
-        for (int key = 10; key <= 400; key += 10) Touch(cache, {key});
-        bool settled = false;
-        for (int i = 0; i < 2000 && !settled; ++i) {
-            {
-                vantor::threads::ScopedLock lock(cache.GetMutex());
-                settled = Property<FlexCacheContents>(cache) <= Property<FlexCacheSize>(cache);
-            }
-            if (!settled) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        EXPECT_TRUE(settled);
-    }
-    EXPECT_EQ(gLiveFactories, 0);
 }
 
 }  // namespace

@@ -1,6 +1,10 @@
-// tests/cache/cache_level_support.h — test-private: a counting glyph host,
-// reference blocks built without any cache, and the files of the disk cache.
+// tests/cache/cache_level_support.h — test-private: views into any instance
+// of the generic cache (its boxes, its budget invariants summed from them, a
+// forced eviction), a counting glyph host, reference blocks built without any
+// cache, and the files of the disk cache.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <atomic>
 #include <cstdint>
@@ -15,12 +19,69 @@
 
 #include "cache/disk_cache.h"
 #include "cache/memory_cache.h"
-#include "cache_views.h"
+#include "cache/properties.h"
+#include "host/recursive_mutex.h"
 #include "outline/outline_builder.h"
 #include "outline/outline_request.h"
 #include "tests/outline/glyph_data.h"
 
 namespace tr::test {
+
+template <typename Cache>
+std::vector<typename Cache::Box*> BoxesOf(Cache& cache) {
+    std::vector<typename Cache::Box*> boxes;
+    cache.ForEachBox(
+        [](typename Cache::Box* box, void* context) {
+            static_cast<std::vector<typename Cache::Box*>*>(context)->push_back(box);
+            return 0;
+        },
+        &boxes);
+    return boxes;
+}
+
+// The entry a lookup of `ticket` would find: equal key, not invalidated.
+template <typename Cache, typename Ticket>
+typename Cache::Box* LiveBox(Cache& cache, const Ticket& ticket) {
+    for (auto* box : BoxesOf(cache)) {
+        if (!box->invalidated && !(box->ticket < ticket) && !(ticket < box->ticket)) return box;
+    }
+    return nullptr;
+}
+
+template <typename P, typename Cache>
+auto Property(Cache& cache) {
+    return PropertyOf<P>(static_cast<CacheProperties&>(cache)).Get();
+}
+
+// TotalCacheContents, FlexCacheContents and FlexCacheSize as sums over the
+// boxes, taken under the cache's lock.
+template <typename Cache>
+void ExpectBudgetInvariants(Cache& cache, const std::string& where) {
+    vantor::threads::ScopedLock lock(cache.GetMutex());
+    std::uint32_t total = 0, unreferenced = 0, referenced = 0;
+    for (auto* box : BoxesOf(cache)) {
+        const auto cost = static_cast<std::uint32_t>(box->cost);
+        total += cost;
+        (box->refCount > 0 ? referenced : unreferenced) += cost;
+        EXPECT_GE(box->refCount, 0) << where;
+        EXPECT_TRUE(box->factory != nullptr || box->cost == 0) << where;
+    }
+    EXPECT_EQ(Property<TotalCacheContents>(cache), total) << where;
+    EXPECT_EQ(Property<FlexCacheContents>(cache), unreferenced) << where;
+    EXPECT_EQ(Property<FlexCacheSize>(cache), Property<TotalCacheSize>(cache) - referenced) << where;
+}
+
+// Swaps out every unreferenced entry, as a pass under a budget of nothing
+// does, then restores the budget (which takes no account of referenced
+// entries: for a cache of which no handle is held).
+template <typename Cache>
+void EvictUnreferenced(Cache& cache) {
+    const std::uint32_t budget = cache.GetCacheSize();
+    cache.SetCacheSize(0);
+    cache.RunGreedyPass();
+    cache.SetCacheSize(budget);
+}
+
 
 // Answers every character with a square in the curve-record format whose
 // side is (code % 61 + 4) × `scale` units, so different codes give different

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <vector>
 
 namespace {
 
@@ -37,21 +35,18 @@ TEST(DefaultFBWeight, WeightFormula) {
     }
 }
 
-// Cheap, large, old entries first; equal weights by address.
-TEST(DefaultFBWeight, OrderOfCandidates) {
-    std::vector<Box> boxes(5);
-    const int fields[5][3] = {{40, 10, 99}, {40, 40, 99}, {40, 40, 90}, {10, 10, 99}, {0, 1, 100}};
-    for (int i = 0; i < 5; ++i) {  // weights 2, 0.5, 1/11, 0.5 (tie with 1), 0
-        boxes[i].timeCost = fields[i][0];
-        boxes[i].cost = fields[i][1];
-        boxes[i].lastAccess = fields[i][2];
-    }
-    std::vector<WeightedBox<Box>> candidates;
-    for (int i : {3, 0, 4, 1, 2}) candidates.push_back({&boxes[i], 100, boxes[i].lastAccess});
-    std::sort(candidates.begin(), candidates.end(), Weight::Before);
-    std::vector<const Box*> order;
-    for (const auto& candidate : candidates) order.push_back(candidate.box);
-    EXPECT_EQ(order, (std::vector<const Box*>{&boxes[4], &boxes[2], &boxes[1], &boxes[3], &boxes[0]}));
+// Ascending weight (cheap, large, long unused first); equal weights by
+// the pass's time stamp, then by address.
+TEST(DefaultFBWeight, CandidateOrder) {
+    Box boxes[2];
+    boxes[0].timeCost = boxes[1].timeCost = 40;
+    boxes[0].cost = boxes[1].cost = 10;
+    const WeightedBox<Box> old{&boxes[1], 100, 90}, recent{&boxes[0], 100, 99}, tie{&boxes[1], 100, 99};
+    EXPECT_TRUE(Weight::Before(old, recent));
+    EXPECT_FALSE(Weight::Before(recent, old));
+    EXPECT_TRUE(Weight::Before(recent, tie));
+    EXPECT_FALSE(Weight::Before(tie, recent));
+    EXPECT_TRUE(Weight::Before({&boxes[1], 99, 98}, tie)) << "earlier stamp first";
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // Tests of the memory cache in front of the disk cache: borrowing from the
-// disk level, when a block goes back there, eviction to disk and read-back,
-// the client contract shared with the disk cache, and many threads getting
-// and releasing against small budgets while replacement passes run.
+// disk level, when a block goes back there, the client contract shared with
+// the disk cache, and many threads getting and releasing against small
+// budgets while replacement passes run.
 #include "cache/memory_cache.h"
 
 #include <gtest/gtest.h>
@@ -62,44 +62,6 @@ TEST_F(MemoryCacheTest, BorrowsOnceAndGivesBackOnlyWhenInvalidatedOrInPanic) {
         ExpectBudgetInvariants(*GetMemoryCache(), c.name);
         ExpectBudgetInvariants(*GetDiskCache(), c.name);
     }
-}
-
-TEST_F(MemoryCacheTest, EvictedBlocksAreWrittenAndReadBackFromDisk) {
-    SquareHost host;
-    std::vector<OutlineRequest> tickets;
-    for (std::uint16_t code = '0'; code <= '9'; ++code) {
-        tickets.push_back(Ticket(host, code));
-        OMData handle = MemoryCacheGet(tickets.back());
-        EXPECT_EQ(MemoryCacheRelease(handle), 1);
-    }
-    EvictUnreferenced(*GetMemoryCache());
-    for (const OutlineRequest& ticket : tickets) {
-        EXPECT_EQ(LiveBox(*GetMemoryCache(), ticket)->factory, nullptr);
-        EXPECT_TRUE(fs::exists(FileOf(*LiveBox(*GetDiskCache(), ticket)->factory)));
-    }
-    for (const OutlineRequest& ticket : tickets) {
-        OMData handle = MemoryCacheGet(ticket);
-        EXPECT_EQ(BytesOf(handle), ReferenceBlock(ticket));
-        EXPECT_NE(LiveBox(*GetDiskCache(), ticket)->factory->block.pointer, nullptr) << "read back";
-        EXPECT_EQ(MemoryCacheRelease(handle), 1);
-    }
-    EXPECT_EQ(host.Builds(), static_cast<int>(tickets.size())) << "each built once";
-    ExpectBudgetInvariants(*GetMemoryCache(), "memory");
-    ExpectBudgetInvariants(*GetDiskCache(), "disk");
-}
-
-// An entry whose block cannot be built stays, without data, and asks the
-// disk cache again at the next request.
-TEST_F(MemoryCacheTest, ANullBlockFromTheDiskCacheIsRetriedAtTheNextRequest) {
-    SquareHost host;
-    OutlineRequest ticket = Ticket(host, 'Z');
-    ticket.glyphCallback = 0;
-    EXPECT_EQ(MemoryCacheGet(ticket).pointer, nullptr);
-    EXPECT_EQ(MemoryCacheGet(ticket).pointer, nullptr);
-    EXPECT_EQ(LiveBox(*GetMemoryCache(), ticket)->cost, 0);
-    EXPECT_EQ(LiveBox(*GetMemoryCache(), ticket)->hitCount, 1);
-    EXPECT_EQ(LiveBox(*GetDiskCache(), ticket)->hitCount, 1) << "the disk cache was asked again";
-    ExpectBudgetInvariants(*GetMemoryCache(), "memory");
 }
 
 // Threads get and release blocks of a few dozen keys at random, holding up to

@@ -57,20 +57,6 @@ TEST(StatisticsText, FullTextAfterExistingText) {
     EXPECT_EQ(result.text, "memory cache\n" + entries + kSummary);
 }
 
-// Per-entry ratios in single precision (1/3 prints as 0.333333), summary
-// totals per field.
-TEST(StatisticsText, RatioAndTotals) {
-    const DumpResult result = Dump({{.cost = 7, .refCount = 1, .hitCount = 1, .missCount = 2, .cached = true},
-                                    {.cost = 9, .refCount = 4, .hitCount = 5, .missCount = 0, .cached = true}},
-                                   4096);
-    EXPECT_NE(result.text.find("\n Hit Ratio: 0.333333\n"), std::string::npos);
-    EXPECT_NE(result.text.find("\n Hit Ratio: 1.000000\n"), std::string::npos);
-    const std::string summary =
-        "Hit Count: 6\nMiss Count: 2\nHit Ratio: 0.750000\nRef Count: 5\n Total Currently Cached: 2\n Total FBs: 2\n";
-    ASSERT_GE(result.text.size(), summary.size());
-    EXPECT_EQ(result.text.substr(result.text.size() - summary.size()), summary);
-}
-
 // Every capacity from 0 to past the full length: the text is the longest run
 // of whole pieces that fits, the walk stops at the entry that does not fit,
 // and the summary is all or nothing.

@@ -1,6 +1,5 @@
 // Tests of the work item: the interface queries by identifier, counting and
-// self-destruction (also from several threads), running the worker, and the
-// counted reference.
+// self-destruction from several threads, and the counted reference.
 #include "cache/work_item.h"
 
 #include <gtest/gtest.h>
@@ -74,42 +73,13 @@ TEST(WorkItem, QueriesByIdentifier) {
     }
 }
 
-TEST(WorkItem, CountedReferencesRunAndDestroyTheWorker) {
-    Probe probe;
-    {
-        WorkItemRef item = CreateWorkItem();
-        item->Run();  // no worker yet: nothing happens
-        item->SetWorker(probe.MakeWorker());
-        WorkItem* other = nullptr;
-        EXPECT_EQ(item->GetReference(&other), item.Get());
-        EXPECT_EQ(other, item.Get());
-        WorkItemRef copy = item;
-        WorkItemRef moved = std::move(copy);
-        EXPECT_FALSE(copy);
-        EXPECT_EQ(item->AddRef(), 4u);
-        EXPECT_EQ(item->Release(), 3u);
-        EXPECT_EQ(other->Release(), 2u);
-        item = WorkItemRef();
-        get_pointer(moved)->Run();
-        EXPECT_EQ(probe.destroyed, 0);
-    }
-    EXPECT_EQ(probe.runs, 1);
-    EXPECT_EQ(probe.destroyed, 1);
-    WorkItemRef empty;
-    try {
-        empty->Run();
-        ADD_FAILURE() << "dereferencing an empty reference must throw";
-    } catch (const Talc::Exception& error) {
-        EXPECT_NE(dynamic_cast<const Talc::NullInterfaceException*>(&error), nullptr);
-        EXPECT_STREQ(error.what(), "A NULL interface pointer has been dereferenced.");
-    }
-}
-
-// References taken and dropped on several threads at once: the item is
-// destroyed exactly once, after the last release.
-TEST(WorkItem, ConcurrentReferencesDestroyOnce) {
+// References taken and dropped on several threads at once: the worker runs
+// every time and is destroyed exactly once, with the item, after the last
+// release. An empty reference throws when it is used.
+TEST(WorkItem, ReferencesRunTheWorkerAndTheLastDestroysIt) {
     Probe probe;
     WorkItemRef item = CreateWorkItem();
+    item->Run();  // no worker yet: nothing happens
     item->SetWorker(probe.MakeWorker());
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t) {
@@ -121,6 +91,13 @@ TEST(WorkItem, ConcurrentReferencesDestroyOnce) {
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(probe.runs, 40000);
     EXPECT_EQ(probe.destroyed, 1);
+    try {
+        item->Run();
+        ADD_FAILURE() << "dereferencing an empty reference must throw";
+    } catch (const Talc::Exception& error) {
+        EXPECT_NE(dynamic_cast<const Talc::NullInterfaceException*>(&error), nullptr);
+        EXPECT_STREQ(error.what(), "A NULL interface pointer has been dereferenced.");
+    }
 }
 
 }  // namespace
