@@ -26,7 +26,8 @@ std::atomic<std::size_t> gLargestNothrowArray{0};
 }  // namespace
 
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    for (std::size_t seen = gLargestNothrowArray; size > seen && !gLargestNothrowArray.compare_exchange_weak(seen, size);) {
+    std::size_t seen = gLargestNothrowArray;
+    while (size > seen && !gLargestNothrowArray.compare_exchange_weak(seen, size)) {
     }
     try {
         return ::operator new[](size);
@@ -81,7 +82,8 @@ TEST_F(DiskCacheTest, TheLifeOfABlockFile) {
     OMData second = DiskCacheGet(ticket);
     const std::vector<std::uint8_t> block = BytesOf(first);
     const std::string path = FileOf(FactoryOf(ticket));
-    EXPECT_EQ(path, Talc::PathUtils::GetTempDirectory() + "/CG Cache/" + FactoryOf(ticket).name);
+    EXPECT_EQ(path, Talc::PathUtils::AddTrailingSlash(Talc::PathUtils::GetTempDirectory()) + "CG Cache/" +
+                        FactoryOf(ticket).name);
     EXPECT_GE(NumberOf(FactoryOf(ticket).name), 0);
     EXPECT_EQ(DiskCacheRelease(first), 1);
     EXPECT_FALSE(fs::exists(path));

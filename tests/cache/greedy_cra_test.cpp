@@ -22,13 +22,13 @@ struct NoWeight {};
 class FakeCache : public CacheProperties, public CachePropertiesImpl {
 public:
     void RunGreedyPass() {
-        if (inPass_.fetch_add(1) != 0) overlapped_ = true;
+        if (inPass_.fetch_add(1) != 0) overlapped = true;
         std::unique_lock lock(mutex_);
         ++started_;
         changed_.notify_all();
         changed_.wait(lock, [this] { return gateOpen_; });
         --inPass_;
-        ++passes_;
+        ++passes;
         changed_.notify_all();
     }
     void SetGate(bool open) {
@@ -39,10 +39,10 @@ public:
     // Waits up to 10 s for `count` passes started (or finished).
     bool WaitFor(int count, bool finished) {
         std::unique_lock lock(mutex_);
-        return changed_.wait_for(lock, 10s, [&] { return (finished ? passes_.load() : started_) >= count; });
+        return changed_.wait_for(lock, 10s, [&] { return (finished ? passes.load() : started_) >= count; });
     }
-    std::atomic<int> passes_{0};
-    std::atomic<bool> overlapped_{false};
+    std::atomic<int> passes{0};
+    std::atomic<bool> overlapped{false};
 
 private:
     std::mutex mutex_;
@@ -62,7 +62,7 @@ TEST(GreedyCra, PostsRunOneAtATimeAndShutdownDiscardsTheQueuedOnes) {
     ASSERT_TRUE(Policy::Initialize(cache));
     for (int i = 0; i < 10; ++i) Policy::Post(cache);
     EXPECT_TRUE(cache.WaitFor(10, true));
-    EXPECT_FALSE(cache.overlapped_);
+    EXPECT_FALSE(cache.overlapped);
     cache.SetGate(false);
     for (int i = 0; i < 6; ++i) Policy::Post(cache);
     ASSERT_TRUE(cache.WaitFor(11, false));
@@ -71,12 +71,12 @@ TEST(GreedyCra, PostsRunOneAtATimeAndShutdownDiscardsTheQueuedOnes) {
         cache.SetGate(true);
     });
     Policy::Shutdown(cache);
-    EXPECT_EQ(cache.passes_, 11);
+    EXPECT_EQ(cache.passes, 11);
     opener.join();
     EXPECT_EQ(tr::PropertyOf<CRA_Data>(cache).Get(), nullptr);
     Policy::Post(cache);
     std::this_thread::sleep_for(50ms);
-    EXPECT_EQ(cache.passes_, 11);
+    EXPECT_EQ(cache.passes, 11);
 }
 
 }  // namespace
