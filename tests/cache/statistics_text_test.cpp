@@ -57,6 +57,15 @@ TEST(StatisticsText, FullTextAfterExistingText) {
     EXPECT_EQ(result.text, "memory cache\n" + entries + kSummary);
 }
 
+// 27 / 29 = 0.9310344827...: the entry's ratio, in single precision, is the
+// float 0.93103450536... and prints as 0.931035; the summary's, in double
+// precision, prints as 0.931034.
+TEST(StatisticsText, RatiosInTheirPrecision) {
+    const std::string text = Dump({{.hitCount = 27, .missCount = 2}}, 4096).text;
+    EXPECT_NE(text.find("\n Hit Ratio: 0.931035\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("\nHit Ratio: 0.931034\n"), std::string::npos) << text;
+}
+
 // Every capacity from 0 to past the full length: the text is the longest run
 // of whole pieces that fits, the walk stops at the entry that does not fit,
 // and the summary is all or nothing.
