@@ -82,7 +82,6 @@ void EvictUnreferenced(Cache& cache) {
     cache.SetCacheSize(budget);
 }
 
-
 // Answers every character with a square in the curve-record format whose
 // side is (code % 61 + 4) × `scale` units, so different codes give different
 // blocks. A build calls twice (size, then data).
