@@ -1,6 +1,7 @@
-// tests/cache/cache_level_support.h — test-private: a counting glyph host,
-// reference blocks built without any cache, and views into the two outline
-// caches (their boxes, their budget invariants, their files).
+// tests/cache/cache_level_support.h — test-private: views into any instance
+// of the generic cache (its boxes, its budget invariants summed from them, a
+// forced eviction), a counting glyph host, reference blocks built without any
+// cache, and the files of the disk cache.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,6 +9,7 @@
 #include <atomic>
 #include <cstdint>
 #include <cstring>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -17,64 +19,13 @@
 
 #include "cache/disk_cache.h"
 #include "cache/memory_cache.h"
+#include "cache/properties.h"
+#include "host/recursive_mutex.h"
 #include "outline/outline_builder.h"
 #include "outline/outline_request.h"
 #include "tests/outline/glyph_data.h"
 
 namespace tr::test {
-
-// Answers every character with a square in the curve-record format whose
-// side grows with the character code (code % 61 + 4 units, times `scale`),
-// so different codes give different blocks. Counts its calls: a build asks
-// twice (size, then data).
-struct SquareHost {
-    double scale = 1.0;
-    std::atomic<int> calls{0};
-
-    uintptr_t Context() { return reinterpret_cast<uintptr_t>(this); }
-    [[nodiscard]] int Builds() const { return calls.load() / 2; }
-
-    static std::vector<std::uint8_t> Glyph(std::uint32_t code, double scale) {
-        const double side = static_cast<double>(code % 61 + 4) * scale;
-        return CurveGlyph().Polygon({0, 0}).Record(1, {{0, side}, {side, side}, {side, 0}}).Data();
-    }
-
-    static std::int32_t Callback(uintptr_t context, std::uint32_t code, void*, std::uint32_t size,
-                                 void* buffer, const std::int32_t*) {
-        auto* host = reinterpret_cast<SquareHost*>(context);
-        host->calls.fetch_add(1);
-        const std::vector<std::uint8_t> data = Glyph(code, host->scale);
-        if (buffer == nullptr) return static_cast<std::int32_t>(data.size());
-        if (size < data.size()) return 0;
-        std::memcpy(buffer, data.data(), data.size());
-        return static_cast<std::int32_t>(data.size());
-    }
-};
-
-inline OutlineRequest Ticket(SquareHost& host, std::uint16_t code, std::uint32_t extraKey = 8,
-                             std::uint32_t flags = 0, std::int32_t outlineSize = 64) {
-    return MakeOutlineRequest(host.Context(), flags, outlineSize, &SquareHost::Callback, code,
-                              extraKey, 0);
-}
-
-inline std::vector<std::uint8_t> BytesOf(const OMData& handle) {
-    if (handle.pointer == nullptr) return {};
-    return {handle.pointer, handle.pointer + handle.size};
-}
-
-// The block of a ticket as the direct build makes it, with a host of its own
-// so that the counts of the host under test stay untouched.
-inline std::vector<std::uint8_t> ReferenceBlock(const OutlineRequest& ticket, double scale = 1.0) {
-    SquareHost host;
-    host.scale = scale;
-    const OutlineRequest own = MakeOutlineRequest(host.Context(), ticket.flags, ticket.outlineSize,
-                                                  &SquareHost::Callback, ticket.characterCode,
-                                                  ticket.extraKey, ticket.options);
-    const OMData built = BuildOutlineBlock(own);
-    std::vector<std::uint8_t> bytes = BytesOf(built);
-    delete[] built.pointer;
-    return bytes;
-}
 
 template <typename Cache>
 std::vector<typename Cache::Box*> BoxesOf(Cache& cache) {
@@ -89,8 +40,8 @@ std::vector<typename Cache::Box*> BoxesOf(Cache& cache) {
 }
 
 // The entry a lookup of `ticket` would find: equal key, not invalidated.
-template <typename Cache>
-typename Cache::Box* LiveBox(Cache& cache, const OutlineRequest& ticket) {
+template <typename Cache, typename Ticket>
+typename Cache::Box* LiveBox(Cache& cache, const Ticket& ticket) {
     for (auto* box : BoxesOf(cache)) {
         if (!box->invalidated && !(box->ticket < ticket) && !(ticket < box->ticket)) return box;
     }
@@ -98,11 +49,12 @@ typename Cache::Box* LiveBox(Cache& cache, const OutlineRequest& ticket) {
 }
 
 template <typename P, typename Cache>
-std::uint32_t Property(Cache& cache) {
+auto Property(Cache& cache) {
     return PropertyOf<P>(static_cast<CacheProperties&>(cache)).Get();
 }
 
-// The budget invariants, summed from the boxes under the cache's lock.
+// TotalCacheContents, FlexCacheContents and FlexCacheSize as sums over the
+// boxes, taken under the cache's lock.
 template <typename Cache>
 void ExpectBudgetInvariants(Cache& cache, const std::string& where) {
     vantor::threads::ScopedLock lock(cache.GetMutex());
@@ -112,24 +64,68 @@ void ExpectBudgetInvariants(Cache& cache, const std::string& where) {
         total += cost;
         (box->refCount > 0 ? referenced : unreferenced) += cost;
         EXPECT_GE(box->refCount, 0) << where;
-        if (box->factory == nullptr) {
-            EXPECT_EQ(box->cost, 0) << where;
-        }
+        EXPECT_TRUE(box->factory != nullptr || box->cost == 0) << where;
     }
     EXPECT_EQ(Property<TotalCacheContents>(cache), total) << where;
     EXPECT_EQ(Property<FlexCacheContents>(cache), unreferenced) << where;
     EXPECT_EQ(Property<FlexCacheSize>(cache), Property<TotalCacheSize>(cache) - referenced) << where;
 }
 
-// Swaps out every unreferenced entry, as a replacement pass under a budget of
-// nothing does, then restores the budget. For a cache of which no handle is
-// held: restoring the budget takes no account of referenced entries.
+// Swaps out every unreferenced entry, as a pass under a budget of nothing
+// does, then restores the budget (which takes no account of referenced
+// entries: for a cache of which no handle is held).
 template <typename Cache>
 void EvictUnreferenced(Cache& cache) {
     const std::uint32_t budget = cache.GetCacheSize();
     cache.SetCacheSize(0);
     cache.RunGreedyPass();
     cache.SetCacheSize(budget);
+}
+
+// Answers every character with a square in the curve-record format whose
+// side is (code % 61 + 4) × `scale` units, so different codes give different
+// blocks. A build calls twice (size, then data).
+struct SquareHost {
+    double scale = 1.0;
+    std::atomic<int> calls{0};
+
+    uintptr_t Context() { return reinterpret_cast<uintptr_t>(this); }
+    [[nodiscard]] int Builds() const { return calls.load() / 2; }
+
+    static std::int32_t Callback(uintptr_t context, std::uint32_t code, void*, std::uint32_t size,
+                                 void* buffer, const std::int32_t*) {
+        auto* host = reinterpret_cast<SquareHost*>(context);
+        host->calls.fetch_add(1);
+        const double side = static_cast<double>(code % 61 + 4) * host->scale;
+        const std::vector<std::uint8_t> data =
+            CurveGlyph().Polygon({0, 0}).Record(1, {{0, side}, {side, side}, {side, 0}}).Data();
+        if (buffer == nullptr) return static_cast<std::int32_t>(data.size());
+        if (size < data.size()) return 0;
+        std::memcpy(buffer, data.data(), data.size());
+        return static_cast<std::int32_t>(data.size());
+    }
+};
+
+inline OutlineRequest Ticket(SquareHost& host, std::uint16_t code, std::uint32_t extraKey = 8,
+                             std::uint32_t flags = 0, std::int32_t outlineSize = 64) {
+    return MakeOutlineRequest(host.Context(), flags, outlineSize, &SquareHost::Callback, code, extraKey, 0);
+}
+
+inline std::vector<std::uint8_t> BytesOf(const OMData& handle) {
+    if (handle.pointer == nullptr) return {};
+    return {handle.pointer, handle.pointer + handle.size};
+}
+
+// The block of a ticket as the direct build makes it, from a host of its own
+// so that the counts of the host under test stay untouched.
+inline std::vector<std::uint8_t> ReferenceBlock(const OutlineRequest& ticket) {
+    SquareHost host;
+    const OMData built = BuildOutlineBlock(MakeOutlineRequest(host.Context(), ticket.flags, ticket.outlineSize,
+                                                              &SquareHost::Callback, ticket.characterCode,
+                                                              ticket.extraKey, ticket.options));
+    std::vector<std::uint8_t> bytes = BytesOf(built);
+    delete[] built.pointer;
+    return bytes;
 }
 
 inline std::optional<std::vector<std::uint8_t>> FileBytes(const std::string& path) {

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
 #include <vector>
 
 namespace {
@@ -12,78 +11,47 @@ using tr::PoolKind;
 
 constexpr uint32_t kMiB = 1048576;
 
-// Content that logs the name of its pool when destroyed.
-class LoggedContent : public PooledContent {
-public:
-    LoggedContent(std::vector<std::string>* log, std::string name) : log_(log), name_(std::move(name)) {}
-    ~LoggedContent() override { log_->push_back(name_); }
-
-private:
-    std::vector<std::string>* log_;
-    std::string name_;
-};
-
-uint32_t AdoptOccupied(CharacterPool& pool, uint32_t keyA, uint32_t keyB,
-                       std::unique_ptr<PooledContent> content = std::make_unique<PooledContent>()) {
+uint32_t AdoptOccupied(CharacterPool& pool, uint32_t keyA, uint32_t keyB, int32_t references = 0) {
     PoolRecord record;
     record.keyA = keyA;
     record.keyB = keyB;
-    record.content = std::move(content);
+    record.content = std::make_unique<PooledContent>();
     record.valid = 1;
+    record.references = references;
     return pool.Adopt(std::move(record));
 }
 
-TEST(PoolRegistryTest, CountedCreateAndReleaseOwnThePoolsWithDefaultBudgets) {
+// Counted creation with the default budgets; only the last release destroys
+// the pools; a release at 0 does nothing.
+TEST(PoolRegistryTest, CountedCreateAndReleaseOwnThePools) {
     PoolRegistry registry;
-    EXPECT_EQ(registry.GetPool(PoolKind::Shape), nullptr);
     registry.Create();
     registry.Create();
-    EXPECT_EQ(registry.GetReferenceCount(), 2u);
     CharacterPool* shape = registry.GetPool(PoolKind::Shape);
     ASSERT_NE(shape, nullptr);
     EXPECT_EQ(shape->GetBudget(), 4 * kMiB);
     EXPECT_EQ(registry.GetPool(PoolKind::Shadow)->GetBudget(), 4 * kMiB);
     EXPECT_EQ(registry.GetPool(PoolKind::Painter)->GetBudget(), 8 * kMiB);
-
     registry.Release();
-    EXPECT_EQ(registry.GetPool(PoolKind::Shape), shape);  // the second creation kept them
+    EXPECT_EQ(registry.GetPool(PoolKind::Shape), shape);
     registry.Release();
-    EXPECT_EQ(registry.GetReferenceCount(), 0u);
-    EXPECT_EQ(registry.GetPool(PoolKind::Shape), nullptr);
-    EXPECT_EQ(registry.GetPool(PoolKind::Painter), nullptr);
-    registry.Release();  // at zero: nothing happens
-    EXPECT_EQ(registry.GetReferenceCount(), 0u);
-}
-
-TEST(PoolRegistryTest, LastReleaseDestroysShapeThenShadowThenPainter) {
-    std::vector<std::string> log;
-    PoolRegistry registry;
-    registry.Create();
-    // Adopted in another order than the expected destruction order.
-    for (const auto& [kind, name] : {std::pair{PoolKind::Painter, "painter"}, std::pair{PoolKind::Shape, "shape"},
-                                     std::pair{PoolKind::Shadow, "shadow"}}) {
-        AdoptOccupied(*registry.GetPool(kind), 1, 1, std::make_unique<LoggedContent>(&log, name));
+    for (const PoolKind kind : {PoolKind::Shape, PoolKind::Shadow, PoolKind::Painter}) {
+        EXPECT_EQ(registry.GetPool(kind), nullptr);
     }
     registry.Release();
-    EXPECT_EQ(log, (std::vector<std::string>{"shape", "shadow", "painter"}));
+    EXPECT_EQ(registry.GetReferenceCount(), 0u);
 }
 
-TEST(PoolRegistryTest, LibraryRegistryExistsFromLoad) {
-    EXPECT_EQ(tr::GetPoolRegistry().GetReferenceCount(), 1u);
-    EXPECT_NE(tr::GetPoolRegistry().GetPool(PoolKind::Shadow), nullptr);
-}
-
-TEST(PoolRegistryTest, BudgetsAreWholeMebibytesOfAtLeastOne) {
+TEST(PoolRegistryTest, BudgetsAreWholeMebibytesOfAtLeastOneAndSaturate) {
+    EXPECT_EQ(tr::GetPoolRegistry().GetReferenceCount(), 1u) << "made when the library is loaded";
     struct Case {
         int32_t shape, shadow, painter;
         uint32_t expectedShape, expectedShadow, expectedPainter;
     };
     const Case cases[] = {
-        {0, 2, -1, 1 * kMiB, 2 * kMiB, 1 * kMiB},
         {0, -5, 3, 1 * kMiB, 1 * kMiB, 3 * kMiB},
         {INT32_MIN, 1, 4095, 1 * kMiB, 1 * kMiB, 4095u * kMiB},
-        // 4096 MiB and more do not fit 32 bits: the budget saturates.
-        {4096, INT32_MAX, 8, 0xFFFFFFFFu, 0xFFFFFFFFu, 8 * kMiB},
+        {4096, INT32_MAX, 8, 0xFFFFFFFFu, 0xFFFFFFFFu, 8 * kMiB},  // 2^32 bytes and more
     };
     for (const Case& c : cases) {
         tr::SetPoolBudgetsMiB(c.shape, c.shadow, c.painter);
@@ -94,41 +62,26 @@ TEST(PoolRegistryTest, BudgetsAreWholeMebibytesOfAtLeastOne) {
     tr::SetPoolBudgetsMiB(4, 4, 8);
 }
 
-TEST(PoolRegistryTest, InvalidationReachesAllThreePools) {
+// Invalidation reaches the matching records of all three pools; a release
+// list reaches the named pool only, and is emptied.
+TEST(PoolRegistryTest, LibraryFunctionsReachTheLibrarysPools) {
     PoolRegistry& registry = tr::GetPoolRegistry();
     const PoolKind kinds[] = {PoolKind::Shape, PoolKind::Shadow, PoolKind::Painter};
-    uint32_t hit[3];
-    uint32_t missed[3];
+    uint32_t hit[3], missed[3];
     for (int i = 0; i < 3; ++i) {
-        hit[i] = AdoptOccupied(*registry.GetPool(kinds[i]), 0xABCD, 0x1234);
+        hit[i] = AdoptOccupied(*registry.GetPool(kinds[i]), 0xABCD, 0x1234, 3);
         missed[i] = AdoptOccupied(*registry.GetPool(kinds[i]), 0xABCD, 0x1235);
     }
     tr::InvalidatePooledRecords(0xABCD, 0x1234);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(registry.GetPool(kinds[i])->GetRecordState(hit[i])->valid, 0) << i;
-        EXPECT_EQ(registry.GetPool(kinds[i])->GetRecordState(missed[i])->valid, 1) << i;
-    }
-}
-
-TEST(PoolRegistryTest, ReleaseThroughTheLibraryEmptiesTheListOfTheNamedPoolOnly) {
-    PoolRegistry& registry = tr::GetPoolRegistry();
-    CharacterPool& shadow = *registry.GetPool(PoolKind::Shadow);
-    PoolRecord record;
-    record.content = std::make_unique<PooledContent>();
-    record.references = 3;
-    const uint32_t index = shadow.Adopt(std::move(record));
-    std::vector<uint32_t> list = {index, index};
+    std::vector<uint32_t> list = {hit[1], hit[1]};
     tr::ReleasePoolReferences(PoolKind::Shadow, list);
     EXPECT_TRUE(list.empty());
-    EXPECT_EQ(shadow.GetRecordState(index)->references, 1);
-}
-
-TEST(PoolRegistryTest, RenderingHooksFindNothingAndStoreNothing) {
-    PoolRegistry& registry = tr::GetPoolRegistry();
-    const uint32_t before = registry.GetPool(PoolKind::Shape)->GetRecordCount();
-    EXPECT_EQ(tr::FindPooledRecord(PoolKind::Shape, 1, 2), tr::kNoPoolRecord);
-    EXPECT_FALSE(tr::OfferPooledRecord(PoolKind::Shape, 1, 2));
-    EXPECT_EQ(registry.GetPool(PoolKind::Shape)->GetRecordCount(), before);
+    for (int i = 0; i < 3; ++i) {
+        CharacterPool& pool = *registry.GetPool(kinds[i]);
+        EXPECT_EQ(pool.GetRecordState(hit[i])->valid, 0) << i;
+        EXPECT_EQ(pool.GetRecordState(missed[i])->valid, 1) << i;
+        EXPECT_EQ(pool.GetRecordState(hit[i])->references, i == 1 ? 1 : 3) << i;
+    }
 }
 
 }  // namespace
