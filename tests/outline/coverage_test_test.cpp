@@ -1,5 +1,6 @@
 // Point-in-contour, relations and the even-odd grouping of CCoverageTest,
-// and Nest / NestSinglePath built on them.
+// and the single-path grouping. (Nest's orientation is checked on every
+// printable glyph by the builder tests.)
 #include "outline/coverage_test.h"
 
 #include <gtest/gtest.h>
@@ -67,27 +68,6 @@ TEST(CoverageTest, GroupingByDepth) {
     CCoverageTest test(overlap, 2);
     ASSERT_EQ(test.groupCount, 2u);
     EXPECT_EQ(test.groups[1], std::vector<std::uint32_t>{1});
-}
-
-TEST(ContourNesting, NestOrientsOuterClockwiseAndHolesCounterClockwise) {
-    std::list<Coutline> contours;
-    contours.push_back(Rect(2, 2, 4, 4, true));      // hole, wrong way round
-    contours.push_back(Rect(0, 0, 10, 10, false));   // outer, wrong way round
-    contours.push_back(Rect(2.5, 2.5, 3, 3, true));  // dot in the counter
-    contours.push_back(Coutline{});                  // empty: no group
-    const auto groups = Nest(contours);
-    ASSERT_EQ(groups.size(), 2u);
-    const CContourGroup& o = groups.front();
-    EXPECT_TRUE(o.outer.clockwise);
-    EXPECT_EQ(o.outer.points.front().x, 0.0) << "reversed";
-    ASSERT_EQ(o.holes.size(), 1u);
-    EXPECT_FALSE(o.holes.front().clockwise);
-    // Reversal turns (2,2) (2,4) (4,4) (4,2) into (4,2) (4,4) (2,4) (2,2).
-    EXPECT_EQ(o.holes.front().points.front().x, 4.0);
-    EXPECT_EQ(o.holes.front().points.front().y, 2.0);
-    EXPECT_EQ(o.holes.front().points.back().x, 2.0);
-    EXPECT_EQ(groups.back().outer.points.front().x, 2.5);
-    EXPECT_TRUE(groups.back().outer.clockwise);
 }
 
 TEST(ContourNesting, SinglePathGroupsCounterClockwiseOutersAndClockwiseHoles) {

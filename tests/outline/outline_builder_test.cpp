@@ -22,16 +22,10 @@ using tools::GlyphSource;
 const char* const kSans = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
 const char* const kSerif = "/usr/share/fonts/truetype/dejavu/DejaVuSerif.ttf";
 
-std::uint32_t FlagsFor(GlyphFormat format) {
-    if (format == GlyphFormat::PolygonsOfDoubles) return OUTLINE_POLYGON_INPUT;
-    if (format == GlyphFormat::SinglePath) return OUTLINE_SINGLE_PATH_NONZERO;
-    return 0;
-}
-
 struct Block {
     OMData data;
     Block(GlyphSource& source, std::uint32_t code)
-        : data(BuildOutlineBlock(MakeOutlineRequest(source.Context(), FlagsFor(source.Format()),
+        : data(BuildOutlineBlock(MakeOutlineRequest(source.Context(), source.Format() == GlyphFormat::PolygonsOfDoubles ? OUTLINE_POLYGON_INPUT : 0u,
                                                     source.CharSize(), &GlyphSource::Callback,
                                                     static_cast<std::uint16_t>(code), 8, 0))) {}
     ~Block() { delete[] data.pointer; }

@@ -27,16 +27,6 @@ double TiledArea(const CContourGroup& g) {
     return test::TiledArea({view});
 }
 
-TEST(Tessellator, SquareWithHoleUsesOuterThenHoleIndices) {
-    CContourGroup g;
-    g.outer = Make({{0, 0}, {0, 10}, {10, 10}, {10, 0}});
-    g.holes.push_back(Make({{3, 3}, {7, 3}, {7, 7}, {3, 7}}));
-    Tessellate(g);
-    EXPECT_EQ(g.triangles.size(), 8u * 3u);  // 8 vertices, 2 boundaries: 8 triangles
-    EXPECT_TRUE(g.extraVertices.points.empty());
-    EXPECT_DOUBLE_EQ(TiledArea(g), 100.0 - 16.0);
-}
-
 TEST(Tessellator, CrossingEdgesAddAnExtraVertexNumberedAfterTheInput) {
     CContourGroup g;
     g.outer = Make({{0, 0}, {4, 4}, {4, 0}, {0, 4}});  // bow tie crossing at (2, 2)
