@@ -11,24 +11,19 @@
 
 namespace {
 
-// The PNG decoded into BGRA words (straight alpha), or nothing.
+// The PNG decoded by libpng into BGRA words (the bytes of a little-endian
+// word, straight alpha), or nothing.
 std::vector<uint32_t> Decode(const std::vector<uint8_t>& png, uint32_t& width, uint32_t& height) {
     png_image info;
     std::memset(&info, 0, sizeof info);
     info.version = PNG_IMAGE_VERSION;
-    std::vector<uint8_t> rgba;
-    if (png_image_begin_read_from_memory(&info, png.data(), png.size())) {
-        info.format = PNG_FORMAT_RGBA;
-        rgba.resize(PNG_IMAGE_SIZE(info));
-        if (!png_image_finish_read(&info, nullptr, rgba.data(), 0, nullptr)) rgba.clear();
-    }
+    std::vector<uint32_t> bgra;
+    if (!png_image_begin_read_from_memory(&info, png.data(), png.size())) return bgra;
+    info.format = PNG_FORMAT_BGRA;
     width = info.width;
     height = info.height;
-    std::vector<uint32_t> bgra;
-    for (std::size_t i = 0; i + 3 < rgba.size(); i += 4) {
-        bgra.push_back(uint32_t{rgba[i + 3]} << 24 | uint32_t{rgba[i]} << 16 | uint32_t{rgba[i + 1]} << 8 |
-                       rgba[i + 2]);
-    }
+    bgra.resize(std::size_t{width} * height);
+    if (!png_image_finish_read(&info, nullptr, bgra.data(), 0, nullptr)) bgra.clear();
     return bgra;
 }
 

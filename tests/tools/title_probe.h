@@ -60,23 +60,21 @@ struct Canvas {
         return Hex(pixels[static_cast<std::size_t>(y) * width + static_cast<std::size_t>(x)]);
     }
 
-    // Pixels other than `expected` farther than `margin` from every box;
-    // the first of them is described in `first`.
-    long CountOutside(const std::vector<GlyphBox>& boxes, double margin, uint32_t expected, std::string& first) const {
+    // "" when every pixel farther than `margin` from the box is `expected`,
+    // else how many are not and where the first is.
+    std::string Stray(const GlyphBox& b, double margin, uint32_t expected) const {
         long count = 0;
+        std::string first;
         for (int y = 0; y < height; ++y) {
             for (int x = 0; x < width; ++x) {
-                bool near = false;
-                for (const GlyphBox& b : boxes) {
-                    near = near || (x + 1 > b.left - margin && x < b.right + margin && y + 1 > b.top - margin &&
-                                    y < b.bottom + margin);
-                }
+                const bool near = x + 1 > b.left - margin && x < b.right + margin && y + 1 > b.top - margin &&
+                                  y < b.bottom + margin;
                 if (!near && pixels[static_cast<std::size_t>(y) * width + x] != expected && count++ == 0) {
                     first = At(x, y) + " at " + std::to_string(x) + "," + std::to_string(y);
                 }
             }
         }
-        return count;
+        return count == 0 ? "" : std::to_string(count) + " pixels, the first " + first;
     }
 };
 
