@@ -1,6 +1,5 @@
 // Point-in-contour, relations and the even-odd grouping of CCoverageTest,
-// and the single-path grouping. (Nest's orientation is checked on every
-// printable glyph by the builder tests.)
+// and Nest / NestSinglePath built on them.
 #include "outline/coverage_test.h"
 
 #include <gtest/gtest.h>
@@ -68,6 +67,24 @@ TEST(CoverageTest, GroupingByDepth) {
     CCoverageTest test(overlap, 2);
     ASSERT_EQ(test.groupCount, 2u);
     EXPECT_EQ(test.groups[1], std::vector<std::uint32_t>{1});
+}
+
+TEST(ContourNesting, NestMakesOutersClockwiseAndHolesCounterClockwise) {
+    std::list<Coutline> contours;
+    contours.push_back(Rect(2, 2, 4, 4, true));      // hole, wrong way round
+    contours.push_back(Rect(0, 0, 10, 10, false));   // outer, wrong way round
+    contours.push_back(Rect(2.5, 2.5, 3, 3, true));  // dot in the counter, right way round
+    contours.push_back(Coutline{});                  // empty: no group
+    const auto groups = Nest(contours);
+    ASSERT_EQ(groups.size(), 2u);
+    const CContourGroup& o = groups.front();
+    ASSERT_EQ(o.holes.size(), 1u);
+    EXPECT_TRUE(o.outer.clockwise && !o.holes.front().clockwise && groups.back().outer.clockwise);
+    // Reversed: (10,0) (10,10) (0,10) (0,0) and (2,2) (2,4) (4,4) (4,2); the dot is kept as it is.
+    EXPECT_EQ(o.outer.points.front().x, 0.0);
+    EXPECT_EQ(o.holes.front().points.front().x, 4.0);
+    EXPECT_EQ(o.holes.front().points.front().y, 2.0);
+    EXPECT_EQ(groups.back().outer.points.front().x, 2.5);
 }
 
 TEST(ContourNesting, SinglePathGroupsCounterClockwiseOutersAndClockwiseHoles) {

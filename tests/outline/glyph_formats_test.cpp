@@ -75,103 +75,74 @@ TEST(GlyphFormats, QuadraticPiecesAndTheClosingPointRule) {
     }
 }
 
-TEST(GlyphFormats, UntrustedCurveRecords) {
+enum Format { kCurves, kFloats, kDoubles, kSinglePath };
+
+// What a reader keeps, in one list: points per contour (curve records,
+// doubles, the single path) or holes per group (grouped floats).
+std::vector<std::size_t> Kept(Format format, const Data& data) {
+    Exact e(data);
+    std::vector<std::size_t> kept;
+    if (format == kCurves) return Sizes(ReadCurvePolygons(e.bytes.get(), e.size, 0.0));
+    if (format == kDoubles) return Sizes(ReadPolygons(e.bytes.get(), e.size));
+    if (format == kFloats) {
+        EXPECT_TRUE(IsGroupedFloats(e.bytes.get(), e.size));
+        for (const auto& g : ReadGroupedFloats(e.bytes.get(), e.size)) kept.push_back(g.holes.size());
+    }
+    Coutline path;
+    if (format == kSinglePath && ReadSinglePath(e.bytes.get(), e.size, 0.0, path)) kept.push_back(path.points.size());
+    return kept;
+}
+
+TEST(GlyphFormats, WhatIsKeptOfUntrustedData) {
     const Data good = CurvePolygon({0, 0}, {{1, {{0, 5}, {5, 5}, {5, 0}}}});
-    const auto with = [&good](std::size_t at, std::uint8_t v) {
-        Data d = good;
+    const auto with = [](Data d, std::size_t at, std::uint8_t v) {
         d[at] = v;
         return d;
     };
-    Data truncated(good.begin(), good.end() - 3);
+    Data truncated(good.begin(), good.end() - 3), secondCut = good, otherType = with(good, 4, 25);
     truncated[0] = static_cast<std::uint8_t>(truncated.size());
-    Data secondBad = good;
-    secondBad.insert(secondBad.end(), good.begin(), good.begin() + 20);
-    Data otherType = with(4, 25);  // not a polygon record: skipped by its cb
-    otherType.insert(otherType.end(), good.begin(), good.end());
-    const struct {
-        const char* name;
-        Data data;
-        std::vector<std::size_t> sizes;
-    } cases[] = {
-        {"cb 0", with(0, 0), {}},
-        {"cb past the end", with(0, static_cast<std::uint8_t>(good.size() + 1)), {}},
-        {"point count past the end", with(18, 200), {1}},
-        {"truncated record", truncated, {1}},
-        {"second polygon cut short", secondBad, {4}},
-        {"other record type first", otherType, {4}},
-        {"cubic with a partial triple", CurvePolygon({0, 0}, {{3, {{1, 1}, {2, 2}, {3, 0}, {4, 4}}}}), {25}},
-    };
-    for (const auto& c : cases) EXPECT_EQ(Sizes(Curves(c.data)), c.sizes) << c.name;
-}
-
-TEST(GlyphFormats, GroupedFloats) {
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    const float inf = std::numeric_limits<float>::infinity();
-    const struct {
-        const char* name;
-        std::vector<float> values;
-        std::vector<std::size_t> holesPerGroup;
-    } cases[] = {
-        {"one group, one hole", {1, 3, 0, 0, 0, 9, 9, 0, 1, 3, 1, 1, 2, 1, 1, 2}, {1}},
-        {"count truncated", {1.9f, 3.7f, 0, 0, 0, 9, 9, 0, 0.5f}, {0}},
-        {"NaN group count", {nan, 3, 0, 0, 0, 9, 9, 0, 0}, {}},
-        {"huge point count", {1, 1e9f, 0, 0, 0, 9}, {}},
-        {"NaN coordinate drops the group", {2, 3, 0, nan, 0, 9, 9, 0, 0, 3, 0, 0, 0, 9, 9, 0, 0}, {0}},
-        {"infinite coordinate drops the hole", {1, 3, 0, 0, 0, 9, 9, 0, 1, 3, 1, 1, inf, 1, 1, 2}, {0}},
-        {"hole count past the end", {1, 3, 0, 0, 0, 9, 9, 0, 7, 3, 1, 1}, {0}},
-    };
-    for (const auto& c : cases) {
+    secondCut.insert(secondCut.end(), good.begin(), good.begin() + 20);
+    otherType.insert(otherType.end(), good.begin(), good.end());  // not a polygon record: skipped by its cb
+    const auto floats = [](const std::vector<float>& values) {
         Data d;
         test::Put<std::int32_t>(d, -1);
-        for (float v : c.values) test::Put(d, v);
-        Exact e(d);
-        ASSERT_TRUE(IsGroupedFloats(e.bytes.get(), e.size));
-        std::vector<std::size_t> holes;
-        for (const auto& g : ReadGroupedFloats(e.bytes.get(), e.size)) holes.push_back(g.holes.size());
-        EXPECT_EQ(holes, c.holesPerGroup) << c.name;
-    }
-}
-
-TEST(GlyphFormats, PolygonsOfDoubles) {
+        for (float v : values) test::Put(d, v);
+        return d;
+    };
+    const float fnan = std::numeric_limits<float>::quiet_NaN(), inf = std::numeric_limits<float>::infinity();
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const std::vector<XY> square = {{0, 0}, {0, 5}, {5, 5}, {5, 0}};
-    Data countPast = PolygonGlyph({square});
-    countPast[56 + 4] = 99;
-    const struct {
-        const char* name;
-        Data data;
-        std::vector<std::size_t> sizes;
-    } cases[] = {
-        {"two contours", PolygonGlyph({square, {{1, 1}, {2, 2}}}), {4, 2}},
-        {"huge contour count", PolygonGlyph({square}, 0xFFFFFFFFu), {4}},
-        {"point count past the end", countPast, {}},
-        {"NaN drops its contour", PolygonGlyph({{{0, nan}, {1, 1}, {2, 0}}, square}), {4}},
-        {"coordinate beyond the limit", PolygonGlyph({{{0, 0}, {1e13, 0}, {0, 1}}, square}), {4}},
-    };
-    for (const auto& c : cases) {
-        Exact e(c.data);
-        EXPECT_EQ(Sizes(ReadPolygons(e.bytes.get(), e.size)), c.sizes) << c.name;
-    }
-}
-
-TEST(GlyphFormats, SinglePath) {
     const Data line = CurvePolygon({0, 0}, {{1, {{0, 5}, {5, 5}}}, {1, {{9, 9}}}});
     const struct {
         const char* name;
+        Format format;
         Data data;
-        bool ok;
-        std::size_t points;
+        std::vector<std::size_t> kept;
     } cases[] = {
-        {"first line record only", line, true, 3},
-        {"curve first", CurvePolygon({0, 0}, {{2, {{0, 5}, {5, 5}}}}), false, 0},
-        {"too short", Data(line.begin(), line.begin() + 18), false, 0},
+        {"cb 0", kCurves, with(good, 0, 0), {}},
+        {"cb past the end", kCurves, with(good, 0, static_cast<std::uint8_t>(good.size() + 1)), {}},
+        {"point count past the end", kCurves, with(good, 18, 200), {1}},
+        {"truncated record", kCurves, truncated, {1}},
+        {"second polygon cut short", kCurves, secondCut, {4}},
+        {"other record type first", kCurves, otherType, {4}},
+        {"cubic with a partial triple", kCurves, CurvePolygon({0, 0}, {{3, {{1, 1}, {2, 2}, {3, 0}, {4, 4}}}}), {25}},
+        {"one group, one hole", kFloats, floats({1, 3, 0, 0, 0, 9, 9, 0, 1, 3, 1, 1, 2, 1, 1, 2}), {1}},
+        {"counts truncated", kFloats, floats({1.9f, 3.7f, 0, 0, 0, 9, 9, 0, 0.5f}), {0}},
+        {"NaN group count", kFloats, floats({fnan, 3, 0, 0, 0, 9, 9, 0, 0}), {}},
+        {"huge point count", kFloats, floats({1, 1e9f, 0, 0, 0, 9}), {}},
+        {"NaN drops the group", kFloats, floats({2, 3, 0, fnan, 0, 9, 9, 0, 0, 3, 0, 0, 0, 9, 9, 0, 0}), {0}},
+        {"infinity drops the hole", kFloats, floats({1, 3, 0, 0, 0, 9, 9, 0, 1, 3, 1, 1, inf, 1, 1, 2}), {0}},
+        {"hole count past the end", kFloats, floats({1, 3, 0, 0, 0, 9, 9, 0, 7, 3, 1, 1}), {0}},
+        {"two contours", kDoubles, PolygonGlyph({square, {{1, 1}, {2, 2}}}), {4, 2}},
+        {"huge contour count", kDoubles, PolygonGlyph({square}, 0xFFFFFFFFu), {4}},
+        {"point count past the end", kDoubles, with(PolygonGlyph({square}), 56 + 4, 99), {}},
+        {"NaN drops its contour", kDoubles, PolygonGlyph({{{0, nan}, {1, 1}, {2, 0}}, square}), {4}},
+        {"beyond the limit", kDoubles, PolygonGlyph({{{0, 0}, {1e13, 0}, {0, 1}}, square}), {4}},
+        {"first line record only", kSinglePath, line, {3}},
+        {"curve first", kSinglePath, CurvePolygon({0, 0}, {{2, {{0, 5}, {5, 5}}}}), {}},
+        {"too short", kSinglePath, Data(line.begin(), line.begin() + 18), {}},
     };
-    for (const auto& c : cases) {
-        Exact e(c.data);
-        Coutline path;
-        EXPECT_EQ(ReadSinglePath(e.bytes.get(), e.size, -3.0, path), c.ok) << c.name;
-        EXPECT_EQ(path.points.size(), c.points) << c.name;
-    }
+    for (const auto& c : cases) EXPECT_EQ(Kept(c.format, c.data), c.kept) << c.name;
 }
 
 }  // namespace

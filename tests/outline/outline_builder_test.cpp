@@ -24,10 +24,11 @@ const char* const kSerif = "/usr/share/fonts/truetype/dejavu/DejaVuSerif.ttf";
 
 struct Block {
     OMData data;
-    Block(GlyphSource& source, std::uint32_t code)
-        : data(BuildOutlineBlock(MakeOutlineRequest(source.Context(), source.Format() == GlyphFormat::PolygonsOfDoubles ? OUTLINE_POLYGON_INPUT : 0u,
-                                                    source.CharSize(), &GlyphSource::Callback,
-                                                    static_cast<std::uint16_t>(code), 8, 0))) {}
+    Block(GlyphSource& source, std::uint32_t code) {
+        const std::uint32_t flags = source.Format() == GlyphFormat::PolygonsOfDoubles ? OUTLINE_POLYGON_INPUT : 0u;
+        data = BuildOutlineBlock(MakeOutlineRequest(source.Context(), flags, source.CharSize(), &GlyphSource::Callback,
+                                                    static_cast<std::uint16_t>(code), 8, 0));
+    }
     ~Block() { delete[] data.pointer; }
 };
 
