@@ -23,9 +23,21 @@ Coutline Square(double x0, double y0, double side) {
 
 std::size_t Even(std::size_t n) { return n + n % 2; }
 
-// Walks the groups as the layout rules place them and checks every offset,
-// count and byte of the block, and the readers, against that walk.
-void CheckLayout(const std::list<CContourGroup>& groups) {
+TEST(CharacterDataBlock, LayoutOfThreeGroups) {
+    // Odd group count (a padding slot in the table), holes, extra vertices
+    // behind them, an odd index count, a group without triangles.
+    std::list<CContourGroup> groups(3);
+    auto it = groups.begin();
+    it->outer = Square(0, 0, 10);
+    it->holes = {Square(1, 1, 2), Square(5, 5, 2)};
+    it->extraVertices.points = {{5, 5, 1}, {6, 6, 2}};
+    it->triangles = {0, 1, 2, 3, 13};
+    (++it)->outer = Square(20, 0, 5);
+    (++it)->outer = Square(40, 0, 5);
+    it->triangles = {0, 1, 2, 0, 2, 3};
+    EXPECT_EQ(BlockSize({}), 64u);
+    // Walk the groups as the layout rules place them; check every offset,
+    // count and byte of the block, and the readers, against the walk.
     const std::uint8_t metrics[20] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20};
     CCharacterData data;
     ASSERT_TRUE(data.BuildBlock(groups, metrics, -77));
@@ -74,22 +86,6 @@ void CheckLayout(const std::list<CContourGroup>& groups) {
     EXPECT_EQ(BlockSize(groups), at);
     EXPECT_EQ(at % 8, 0u);
     EXPECT_EQ(data.GroupCount(), groups.size());
-}
-
-TEST(CharacterDataBlock, LayoutOfThreeGroups) {
-    // Odd group count (a padding slot in the table), holes, extra vertices
-    // behind them, an odd index count, a group without triangles.
-    std::list<CContourGroup> groups(3);
-    auto it = groups.begin();
-    it->outer = Square(0, 0, 10);
-    it->holes = {Square(1, 1, 2), Square(5, 5, 2)};
-    it->extraVertices.points = {{5, 5, 1}, {6, 6, 2}};
-    it->triangles = {0, 1, 2, 3, 13};
-    (++it)->outer = Square(20, 0, 5);
-    (++it)->outer = Square(40, 0, 5);
-    it->triangles = {0, 1, 2, 0, 2, 3};
-    CheckLayout(groups);
-    EXPECT_EQ(BlockSize({}), 64u);
 }
 
 TEST(CharacterDataBlock, BoundingBoxIgnoresExtraVerticesAndWidensStrictly) {

@@ -46,11 +46,15 @@ TEST(ContourCleanup, DuplicatesCompareXYZButTheClosingPairOnlyXY) {
 }
 
 TEST(ContourCleanup, LoopRemovalCases) {
-    struct Case {
+    // A comb whose last tooth folds back across the first edge: the edges
+    // that cross are 12 apart, beyond the ten-edge window.
+    std::vector<XY> comb = {{0, 0}, {1, 0}};
+    for (int i = 0; i < 5; ++i) comb.insert(comb.end(), {{1.0 + i, 2}, {1.5 + i, 2}});
+    comb.insert(comb.end(), {{0.5, 5}, {0.5, -1}, {-3, -1}});
+    const struct {
         const char* name;
         std::vector<XY> in, out;
-    };
-    const Case cases[] = {
+    } cases[] = {
         // Edge p2p3 crosses p5p6 at (4, 0): loop p3..p5 (3 of 8 points) goes.
         {"small loop", {{0, 0}, {2, 0}, {6, 0}, {6, 3}, {4, 3}, {4, -2}, {10, -2}, {0, -6}},
          {{0, 0}, {2, 0}, {4, -2}, {10, -2}, {0, -6}}},
@@ -61,20 +65,13 @@ TEST(ContourCleanup, LoopRemovalCases) {
         {"closing edge", {{0, 0}, {2, -2}, {2, 2}, {6, 2}, {6, -4}, {4, 0}}, {{6, 2}, {6, -4}, {4, 0}}},
         // Touching at an end point is not a crossing (parameters strictly inside).
         {"touching", {{0, 0}, {4, 0}, {4, 4}, {2, 0}, {2, -3}}, {{0, 0}, {4, 0}, {4, 4}, {2, 0}, {2, -3}}},
+        {"beyond the window", comb, comb},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         Coutline contour = Make(c.in);
         RemoveLoops(contour);
         EXPECT_EQ(Points(contour), c.out) << c.name;
     }
-    // A comb whose last tooth folds back across the first edge: the edges
-    // that cross are 12 apart, beyond the ten-edge window.
-    std::vector<XY> comb = {{0, 0}, {1, 0}};
-    for (int i = 0; i < 5; ++i) comb.insert(comb.end(), {{1.0 + i, 2}, {1.5 + i, 2}});
-    comb.insert(comb.end(), {{0.5, 5}, {0.5, -1}, {-3, -1}});
-    Coutline contour = Make(comb);
-    RemoveLoops(contour);
-    EXPECT_EQ(contour.points.size(), comb.size());
 }
 
 TEST(ContourCleanup, ResumedLoopRemovalMatchesTheRestartFromTheStart) {
@@ -111,12 +108,11 @@ TEST(ContourCleanup, SimplificationTolerance) {
 }
 
 TEST(ContourCleanup, Orientation) {
-    struct Case {
+    const struct {
         const char* name;
         std::vector<XY> points;
         bool clockwise;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"clockwise square", {{0, 0}, {0, 10}, {10, 10}, {10, 0}}, true},
         {"counter-clockwise square", {{0, 0}, {10, 0}, {10, 10}, {0, 10}}, false},
         // The lowest point (10, 0) sits in a notch whose tiny triangle runs
@@ -125,7 +121,7 @@ TEST(ContourCleanup, Orientation) {
         // Lowest y tie: the largest x wins, (4, 0), between (4, 4) and (0, 0).
         {"tie on lowest y", {{0, 0}, {0, 4}, {4, 4}, {4, 0}}, true},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         Coutline contour = Make(c.points);
         contour.clockwise = !c.clockwise;
         Orient(contour);

@@ -37,12 +37,11 @@ TEST(CoverageTest, PointInsideIsHalfOpenAndRelationsFollow) {
 }
 
 TEST(CoverageTest, GroupingByDepth) {
-    struct Case {
+    const struct {
         const char* name;
         std::vector<int> parent;  // index of the contour directly around each, or -1
         std::vector<std::vector<std::uint32_t>> groups;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"O with a dot", {-1, 0, 1}, {{0, 1}, {2}}},
         {"dot listed first", {2, -1, 1}, {{1, 2}, {0}}},
         {"B", {-1, 0, 0}, {{0, 1, 2}}},
@@ -50,7 +49,7 @@ TEST(CoverageTest, GroupingByDepth) {
         {"four deep", {-1, 0, 1, 2}, {{0, 1}, {2, 3}}},
         {"two dots in one counter", {-1, 0, 1, 1}, {{0, 1}, {2}, {3}}},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         const std::size_t n = c.parent.size();
         std::vector<std::uint32_t> m(n * n, kRelationDisjoint);
         for (std::size_t i = 0; i < n; ++i) {

@@ -17,19 +17,12 @@ OutlineRequest Request(uint32_t flags, uint16_t code, int32_t size, uint32_t ext
     return MakeOutlineRequest(7, flags, size, &Callback, code, extraKey, 0);
 }
 
-TEST(OutlineRequest, LayoutAndHostValues) {
+TEST(OutlineRequest, FieldsAndHostValues) {
     const OutlineRequest r = MakeOutlineRequest(0x1234567890ull, 0x4abcu, -12, &Callback, 0x41, 8, 5);
-    std::uint8_t bytes[60];
-    std::memcpy(bytes, &r, 60);
-    const std::uint8_t text[36] = {'0', '0', '0', '0', '4', 'A', 'B', 'C', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
-                                   0,   0,   0,   0,   0,   0,   0,   0,   0, 0, 0, 0, 0, 0, 0x41, 0, 0, 0};
-    EXPECT_EQ(std::memcmp(bytes, text, 36), 0) << "flags text, zeros, code, two zero bytes";
-    const std::pair<int, std::uint32_t> words[] = {{40, 0xFFFFFFF4u}, {48, 8}, {52, 0x4abc}, {56, 5}};  // -12 at 40
-    for (auto [at, value] : words) {
-        std::uint32_t v;
-        std::memcpy(&v, bytes + at, 4);
-        EXPECT_EQ(v, value) << at;
-    }
+    char text[32] = "00004ABC";  // zero-padded: the key compares all 32 bytes
+    EXPECT_EQ(std::memcmp(r.flagsText, text, 32), 0);
+    EXPECT_TRUE(r.characterCode == 0x41 && r.reserved34 == 0 && r.reserved35 == 0);
+    EXPECT_TRUE(r.outlineSize == -12 && r.extraKey == 8 && r.flags == 0x4abc && r.options == 5);
     EXPECT_EQ(RequestContext(r), 0x1234567890ull);
     EXPECT_EQ(RequestCallback(r), &Callback);
     const OutlineRequest again = MakeOutlineRequest(0x1234567890ull, 0x4abcu, -12, &Callback, 0x41, 8, 5);

@@ -39,7 +39,7 @@ TEST(Tessellator, CrossingEdgesAddAnExtraVertexNumberedAfterTheInput) {
 }
 
 TEST(Tessellator, ConcurrentTessellationsGiveIdenticalResults) {
-    const auto run = [] {
+    const auto star = [] {
         CContourGroup g;
         for (int i = 0; i < 10; ++i) {
             const double r = i % 2 == 0 ? 10.0 : 4.0, a = i * 3.14159265358979 / 5;
@@ -48,14 +48,10 @@ TEST(Tessellator, ConcurrentTessellationsGiveIdenticalResults) {
         Tessellate(g);
         return g.triangles;
     };
-    const auto reference = run();
+    const auto reference = star();
     std::vector<std::vector<std::uint32_t>> results(4);
     std::vector<std::thread> threads;
-    for (auto& r : results) {
-        threads.emplace_back([&r, &run] {
-            for (int k = 0; k < 50; ++k) r = run();
-        });
-    }
+    for (auto& r : results) threads.emplace_back([&r, &star] { for (int k = 0; k < 50; ++k) r = star(); });
     for (auto& t : threads) t.join();
     for (const auto& r : results) EXPECT_EQ(r, reference);
 }
