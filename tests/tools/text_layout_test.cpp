@@ -39,26 +39,20 @@ TEST(DecodeUtf8, FollowsTheEncodingAndReplacesEachBrokenSequence) {
 // Pens from design units: advance and kerning in font units times size per
 // em, independent of FreeType's scaled values that the layout reads.
 std::vector<double> DesignPens(const std::vector<uint32_t>& codes, double size, double x) {
-    FT_Library library = nullptr;
-    FT_Face face = nullptr;
+    titleprobe::DesignFace f;
     std::vector<double> pens;
-    if (FT_Init_FreeType(&library) || FT_New_Face(library, kFont, 0, &face)) {
-        ADD_FAILURE() << "cannot open " << kFont;
-        return pens;
-    }
-    const double scale = size / face->units_per_EM;
+    if (!f.face) return pens;
+    const double scale = size / f.face->units_per_EM;
     FT_UInt previous = 0;
     for (uint32_t code : codes) {
-        const FT_UInt glyph = FT_Get_Char_Index(face, code);
+        const FT_UInt glyph = FT_Get_Char_Index(f.face, code);
         FT_Vector kern{};
-        if (previous && glyph) FT_Get_Kerning(face, previous, glyph, FT_KERNING_UNSCALED, &kern);
+        if (previous && glyph) FT_Get_Kerning(f.face, previous, glyph, FT_KERNING_UNSCALED, &kern);
         pens.push_back(x += kern.x * scale);
-        FT_Load_Glyph(face, glyph, FT_LOAD_NO_SCALE);
-        x += face->glyph->metrics.horiAdvance * scale;
+        FT_Load_Glyph(f.face, glyph, FT_LOAD_NO_SCALE);
+        x += f.face->glyph->metrics.horiAdvance * scale;
         previous = glyph;
     }
-    FT_Done_Face(face);
-    FT_Done_FreeType(library);
     return pens;
 }
 

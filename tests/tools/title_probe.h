@@ -23,24 +23,30 @@ struct GlyphBox {
     double left = 0, right = 0, top = 0, bottom = 0;
 };
 
+// The font, opened for reading in design units.
+struct DesignFace {
+    FT_Library library = nullptr;
+    FT_Face face = nullptr;
+    DesignFace() {
+        if (FT_Init_FreeType(&library) || FT_New_Face(library, kFont, 0, &face)) {
+            ADD_FAILURE() << "cannot open " << kFont;
+        }
+    }
+    ~DesignFace() {
+        if (face) FT_Done_Face(face);
+        if (library) FT_Done_FreeType(library);
+    }
+};
+
 // The design-unit control box of `code` scaled by size / units per em, with
 // the pen at (penX, baseline).
 inline GlyphBox MeasureGlyph(uint32_t code, double size, double penX, double baseline) {
-    FT_Library library = nullptr;
-    FT_Face face = nullptr;
-    GlyphBox box;
-    if (FT_Init_FreeType(&library) || FT_New_Face(library, kFont, 0, &face) ||
-        FT_Load_Char(face, code, FT_LOAD_NO_SCALE)) {
-        ADD_FAILURE() << "cannot read " << kFont;
-    } else {
-        FT_BBox c;
-        FT_Outline_Get_CBox(&face->glyph->outline, &c);
-        const double scale = size / face->units_per_EM;
-        box = {penX + c.xMin * scale, penX + c.xMax * scale, baseline - c.yMax * scale, baseline - c.yMin * scale};
-    }
-    if (face) FT_Done_Face(face);
-    if (library) FT_Done_FreeType(library);
-    return box;
+    DesignFace f;
+    if (!f.face || FT_Load_Char(f.face, code, FT_LOAD_NO_SCALE)) return {};
+    FT_BBox c;
+    FT_Outline_Get_CBox(&f.face->glyph->outline, &c);
+    const double scale = size / f.face->units_per_EM;
+    return {penX + c.xMin * scale, penX + c.xMax * scale, baseline - c.yMax * scale, baseline - c.yMin * scale};
 }
 
 inline std::string Hex(uint32_t v) {
