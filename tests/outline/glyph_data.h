@@ -23,25 +23,37 @@ void Put(std::vector<std::uint8_t>& out, T v) {
 // FIXED 16.16: u16 fraction, i16 integer, i.e. the 32-bit value v * 65536.
 inline std::int32_t Fixed(double v) { return static_cast<std::int32_t>(std::lround(v * 65536.0)); }
 
-struct CurveRecord {
-    std::uint16_t type;  // 1 line, 2 quadratic, 3 cubic
-    std::vector<XY> points;
-};
-
-// One polygon record of the curve-record format: {cb, 24, start} and the
-// curve records.
-inline std::vector<std::uint8_t> CurvePolygon(XY start, const std::vector<CurveRecord>& records) {
-    std::vector<std::uint8_t> b;
-    for (std::int32_t v : {0, 24, Fixed(start.x), Fixed(start.y)}) Put(b, v);
-    for (const CurveRecord& r : records) {
-        Put(b, r.type);
-        Put(b, static_cast<std::uint16_t>(r.points.size()));
-        for (const XY& p : r.points) Put(b, Fixed(p.x)), Put(b, Fixed(p.y));
+// Curve records: each Polygon() opens a polygon record whose cb is filled
+// in when the next one opens or Data() is called.
+class CurveGlyph {
+public:
+    CurveGlyph& Polygon(XY start) {
+        End();
+        open_ = bytes_.size();
+        for (std::int32_t v : {0, 24, Fixed(start.x), Fixed(start.y)}) Put(bytes_, v);
+        return *this;
     }
-    const auto cb = static_cast<std::uint32_t>(b.size());
-    std::memcpy(b.data(), &cb, 4);
-    return b;
-}
+    CurveGlyph& Record(std::uint16_t type, const std::vector<XY>& points) {  // 1 line, 2 quadratic, 3 cubic
+        Put(bytes_, type);
+        Put(bytes_, static_cast<std::uint16_t>(points.size()));
+        for (const XY& p : points) Put(bytes_, Fixed(p.x)), Put(bytes_, Fixed(p.y));
+        return *this;
+    }
+    std::vector<std::uint8_t> Data() {
+        End();
+        return bytes_;
+    }
+
+private:
+    void End() {
+        if (open_ >= bytes_.size()) return;
+        const auto cb = static_cast<std::uint32_t>(bytes_.size() - open_);
+        std::memcpy(bytes_.data() + open_, &cb, 4);
+        open_ = ~std::size_t{0};
+    }
+    std::vector<std::uint8_t> bytes_;
+    std::size_t open_ = ~std::size_t{0};
+};
 
 // Polygons of doubles: 56-byte header with the contour count at 8 (or
 // countOverride when non-zero), then per contour {0, n} and n x,y pairs.

@@ -14,7 +14,7 @@
 namespace tr {
 namespace {
 
-using test::CurvePolygon;
+using test::CurveGlyph;
 using test::PolygonGlyph;
 using test::XY;
 using Data = std::vector<std::uint8_t>;
@@ -40,7 +40,8 @@ std::list<Coutline> Curves(const Data& v) {
 }
 
 TEST(GlyphFormats, LineAndCubicRecords) {
-    auto contours = Curves(CurvePolygon({0, 0}, {{1, {{0, 10}, {10.5, 10}}}, {3, {{12, 8}, {12, 2}, {10, 0}}}}));
+    auto contours =
+        Curves(CurveGlyph().Polygon({0, 0}).Record(1, {{0, 10}, {10.5, 10}}).Record(3, {{12, 8}, {12, 2}, {10, 0}}).Data());
     ASSERT_EQ(contours.size(), 1u);
     const auto& pts = contours.front().points;
     ASSERT_EQ(pts.size(), 1u + 2u + 24u);
@@ -57,11 +58,12 @@ TEST(GlyphFormats, QuadraticPiecesAndTheClosingPointRule) {
     const XY q1{10, 20}, q2{30, 20}, q3{40, 0};
     const std::pair<int, bool> cases[] = {{0, false}, {1, true}, {2, false}, {3, true}};  // record type that follows
     for (const auto& [follow, appendsQn] : cases) {
-        std::vector<test::CurveRecord> records = {{2, {q1, q2, q3}}};
-        if (follow == 1) records.push_back({1, {{50, -5}}});
-        if (follow == 2) records.push_back({2, {{50, -5}, {60, 0}}});
-        if (follow == 3) records.push_back({3, {{50, -5}, {55, -5}, {60, 0}}});
-        auto contours = Curves(CurvePolygon({0, 0}, records));
+        CurveGlyph glyph;
+        glyph.Polygon({0, 0}).Record(2, {q1, q2, q3});
+        if (follow == 1) glyph.Record(1, {{50, -5}});
+        if (follow == 2) glyph.Record(2, {{50, -5}, {60, 0}});
+        if (follow == 3) glyph.Record(3, {{50, -5}, {55, -5}, {60, 0}});
+        auto contours = Curves(glyph.Data());
         ASSERT_EQ(contours.size(), 1u) << follow;
         std::vector<CPoint3D> pts(contours.front().points.begin(), contours.front().points.end());
         ASSERT_GE(pts.size(), 1u + 48u) << follow;
@@ -94,7 +96,7 @@ std::vector<std::size_t> Kept(Format format, const Data& data) {
 }
 
 TEST(GlyphFormats, WhatIsKeptOfUntrustedData) {
-    const Data good = CurvePolygon({0, 0}, {{1, {{0, 5}, {5, 5}, {5, 0}}}});
+    const Data good = CurveGlyph().Polygon({0, 0}).Record(1, {{0, 5}, {5, 5}, {5, 0}}).Data();
     const auto with = [](Data d, std::size_t at, std::uint8_t v) {
         d[at] = v;
         return d;
@@ -112,7 +114,7 @@ TEST(GlyphFormats, WhatIsKeptOfUntrustedData) {
     const float fnan = std::numeric_limits<float>::quiet_NaN(), inf = std::numeric_limits<float>::infinity();
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const std::vector<XY> square = {{0, 0}, {0, 5}, {5, 5}, {5, 0}};
-    const Data line = CurvePolygon({0, 0}, {{1, {{0, 5}, {5, 5}}}, {1, {{9, 9}}}});
+    const Data line = CurveGlyph().Polygon({0, 0}).Record(1, {{0, 5}, {5, 5}}).Record(1, {{9, 9}}).Data();
     const struct {
         const char* name;
         Format format;
@@ -125,7 +127,8 @@ TEST(GlyphFormats, WhatIsKeptOfUntrustedData) {
         {"truncated record", kCurves, truncated, {1}},
         {"second polygon cut short", kCurves, secondCut, {4}},
         {"other record type first", kCurves, otherType, {4}},
-        {"cubic with a partial triple", kCurves, CurvePolygon({0, 0}, {{3, {{1, 1}, {2, 2}, {3, 0}, {4, 4}}}}), {25}},
+        {"cubic, partial triple", kCurves, CurveGlyph().Polygon({0, 0}).Record(3, {{1, 1}, {2, 2}, {3, 0}, {4, 4}}).Data(),
+         {25}},
         {"one group, one hole", kFloats, floats({1, 3, 0, 0, 0, 9, 9, 0, 1, 3, 1, 1, 2, 1, 1, 2}), {1}},
         {"counts truncated", kFloats, floats({1.9f, 3.7f, 0, 0, 0, 9, 9, 0, 0.5f}), {0}},
         {"NaN group count", kFloats, floats({fnan, 3, 0, 0, 0, 9, 9, 0, 0}), {}},
@@ -139,7 +142,7 @@ TEST(GlyphFormats, WhatIsKeptOfUntrustedData) {
         {"NaN drops its contour", kDoubles, PolygonGlyph({{{0, nan}, {1, 1}, {2, 0}}, square}), {4}},
         {"beyond the limit", kDoubles, PolygonGlyph({{{0, 0}, {1e13, 0}, {0, 1}}, square}), {4}},
         {"first line record only", kSinglePath, line, {3}},
-        {"curve first", kSinglePath, CurvePolygon({0, 0}, {{2, {{0, 5}, {5, 5}}}}), {}},
+        {"curve first", kSinglePath, CurveGlyph().Polygon({0, 0}).Record(2, {{0, 5}, {5, 5}}).Data(), {}},
         {"too short", kSinglePath, Data(line.begin(), line.begin() + 18), {}},
     };
     for (const auto& c : cases) EXPECT_EQ(Kept(c.format, c.data), c.kept) << c.name;

@@ -17,7 +17,7 @@
 namespace tr {
 namespace {
 
-using test::CurvePolygon;
+using test::CurveGlyph;
 
 // A glyph callback answering from `data` (or with the answers set) and
 // recording how it was called.
@@ -51,7 +51,7 @@ struct FakeHost {
 };
 
 std::vector<std::uint8_t> SquareGlyph(double side = 10) {
-    return CurvePolygon({0, 0}, {{1, {{0, side}, {side, side}, {side, 0}}}});
+    return CurveGlyph().Polygon({0, 0}).Record(1, {{0, side}, {side, side}, {side, 0}}).Data();
 }
 
 TEST(Outline2, CallbackProtocolAndLoadedBlock) {
@@ -133,7 +133,7 @@ TEST(OutlineBuilder, SinglePathThroughTheBoundaryPass) {
         tips.push_back({radius * std::cos(a), radius * std::sin(a)});
     }
     FakeHost host;
-    host.data = CurvePolygon({0, radius}, {{1, tips}});
+    host.data = CurveGlyph().Polygon({0, radius}).Record(1, tips).Data();
     const double r = radius * std::cos(2 * pi / 5) / std::cos(pi / 5);
     const double star = 5 * radius * r * std::sin(pi / 5), pentagon = 2.5 * r * r * std::sin(2 * pi / 5);
     const std::pair<std::uint32_t, double> cases[] = {{OUTLINE_SINGLE_PATH_NONZERO, star},
@@ -145,7 +145,7 @@ TEST(OutlineBuilder, SinglePathThroughTheBoundaryPass) {
         EXPECT_NEAR(test::TiledArea(test::ReadGroups(outline.GetBlock())), area, 0.01 * radius) << flags;
     }
     // A thin quad (sides about 50, 2.5, 50, 3) is a sliver under option bit 0.
-    host.data = CurvePolygon({0, 0}, {{1, {{0.5, 50}, {3, 50}, {3, 0}}}});
+    host.data = CurveGlyph().Polygon({0, 0}).Record(1, {{0.5, 50}, {3, 50}, {3, 0}}).Data();
     COutline2 plain, withOption;
     withOption.AddOptions(1);
     EXPECT_NE(host.Load(plain, OUTLINE_SINGLE_PATH_ODD | OUTLINE_NO_CACHE, 64), nullptr);
