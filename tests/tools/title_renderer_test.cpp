@@ -1,11 +1,10 @@
-// Drawing a title line in process: every character at its own pen, the
-// background under translucent ink, the shadow following the outer outline,
-// and outline options that ask for nothing drawing nothing.
+// Drawing a title line in process, probed at places measured from the
+// font's design units: the stem of an "I", the ring an outline draws round
+// it, the side a shadow falls on, and nothing farther out.
 #include "tools/cli/title_renderer.h"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <string>
 #include <vector>
 
@@ -13,129 +12,68 @@
 
 namespace {
 
-using titleprobe::Canvas;
-using titleprobe::GlyphBox;
 using titleprobe::Hex;
-using tr::cli::TitleOptions;
 
-constexpr double kSize = 160, kBaseline = 150;
-constexpr uint32_t kFill = 0xFF3060C0u, kOutline = 0xFF10A020u, kShadow = 0xFF802040u;
+// A point placed from the stem's middle: k half-widths (or half-heights) plus d pixels.
+struct Probe {
+    double kx, dx, ky, dy;
+    uint32_t expected;
+};
 
-TitleOptions StemOptions() {
-    TitleOptions o;
-    o.size = kSize;
-    o.y = kBaseline;
+TEST(TitleRenderer, FaceOutlinesAndShadowsLandAroundTheStem) {
+    // The stem (about 15.8 px wide) keeps pure fill between 5-pixel inner
+    // rims. A pixel's compositing footprint reaches about a pixel into its
+    // neighbours, so probes keep that far from every edge.
+    constexpr uint32_t kFill = 0xFF3060C0u, kOutline = 0xFF10A020u, kShadow = 0xFF802040u;
+    const struct {
+        const char* name;
+        const char* side;
+        double width, angle, distance;
+        std::vector<Probe> probes;
+    } cases[] = {
+        {"plain", "", 0, 0, 0, {{0, 0, 0, 0, kFill}, {0, 0, -1, 3, kFill}, {-1, -3, 0, 0, 0}}},
+        {"outer outline", "out", 5, 0, 0,
+         {{0, 0, 0, 0, kFill}, {-1, -2.5, 0, 0, kOutline}, {1, 2.5, 0, 0, kOutline}, {0, 0, -1, -2.5, kOutline}}},
+        {"inner outline", "in", 5, 0, 0,
+         {{0, 0, 0, 0, kFill}, {-1, 2.5, 0, 0, kOutline}, {1, -2.5, 0, 0, kOutline}, {-1, -3, 0, 0, 0}}},
+        {"side without width", "in", 0, 0, 0, {{-1, 2.5, 0, 0, kFill}, {-1, -2.5, 0, 0, 0}}},
+        {"width without side", "", 5, 0, 0, {{-1, 2.5, 0, 0, kFill}, {-1, -2.5, 0, 0, 0}}},
+        // Angle a moves ink by d (sin a, -cos a): 90 right, 180 down.
+        {"shadow right", "", 0, 90, 16, {{1, 8, 0, 0, kShadow}, {-1, -8, 0, 0, 0}}},
+        {"shadow down", "", 0, 180, 16, {{0, 0, 1, 8, kShadow}, {0, 0, -1, -8, 0}}},
+        // Past the displaced face but inside the displaced outer ring.
+        {"shadow of the outer outline", "out", 5, 90, 16, {{1, 18.5, 0, 0, kShadow}, {1, 13, 0, 0, kShadow}}},
+        {"shadow of the face, inner outline", "in", 5, 90, 16, {{1, 18.5, 0, 0, 0}, {1, 13, 0, 0, kShadow}}},
+    };
+    tr::cli::TitleOptions o;
+    o.size = 160;
+    o.y = 150;
     o.width = 260;
     o.height = 211;
     o.fill = kFill;
     o.outlineColour = kOutline;
     o.shadowColour = kShadow;
-    return o;
-}
-
-Canvas Render(const TitleOptions& o, const std::vector<uint32_t>& codes,
-              const std::vector<double>& pens) {
-    Canvas canvas;
-    auto glyphs = tr::tools::GlyphSource::Open(o.font, static_cast<int32_t>(o.size),
-                                               tr::tools::GlyphFormat::CurveRecords);
-    if (!glyphs) {
-        ADD_FAILURE() << "cannot open " << o.font;
-        return canvas;
-    }
-    canvas.width = o.width;
-    canvas.height = o.height;
-    canvas.pixels.assign(static_cast<std::size_t>(o.width) * o.height, 0);
-    const ImageBlock image{canvas.pixels.data(), o.width, o.height, o.width * 4};
-    // As the CLI does: outlines come through the character caches.
-    CreateCharacterCaches();
-    tr::cli::RenderTitleLine(o, *glyphs, codes, pens, image);
-    DestroyCharacterCaches();
-    return canvas;
-}
-
-GlyphBox StemAt(double penX) {
-    GlyphBox box;
-    EXPECT_TRUE(titleprobe::MeasureGlyph('I', kSize, penX, kBaseline, box));
-    return box;
-}
-
-TEST(TitleRenderer, EachCharacterStandsAtItsOwnPen) {
-    // Pens out of order and a space between: the i-th code is drawn at the
-    // i-th pen, and a character without an outline does not stop the line.
-    const std::vector<uint32_t> codes = {'I', ' ', 'I', 'I'};
-    const std::vector<double> pens = {190.5, 10, 20.25, 105.75};
-    const Canvas canvas = Render(StemOptions(), codes, pens);
-    std::vector<GlyphBox> stems;
-    for (double pen : {190.5, 20.25, 105.75}) stems.push_back(StemAt(pen));
-    for (const GlyphBox& stem : stems) {
-        EXPECT_EQ(Hex(canvas.At(stem.CentreX(), stem.CentreY())), Hex(kFill)) << stem.left;
-    }
-    std::string first;
-    EXPECT_EQ(titleprobe::CountOutside(canvas, stems, 3, 0u, first), 0) << "first inked: " << first;
-}
-
-TEST(TitleRenderer, TranslucentInkBlendsOverTheBackground) {
-    TitleOptions o = StemOptions();
-    o.transparent = false;
-    o.background = 0xFF0000FFu;  // opaque blue
-    o.fill = 0x80FF0000u;        // half-transparent red
-    const double kPen = 60;
-    const Canvas canvas = Render(o, {'I'}, {kPen});
-    const GlyphBox stem = StemAt(kPen);
-    // Straight alpha over an opaque target: c = a * ink + (1 - a) * target,
-    // result opaque.
-    const double a = 0x80 / 255.0;
-    const uint32_t p = canvas.At(stem.CentreX(), stem.CentreY());
-    EXPECT_EQ(p >> 24, 0xFFu) << Hex(p);
-    EXPECT_NEAR((p >> 16) & 0xFF, a * 255, 1.0) << Hex(p);
-    EXPECT_NEAR((p >> 8) & 0xFF, 0, 1.0) << Hex(p);
-    EXPECT_NEAR(p & 0xFF, (1 - a) * 255, 1.0) << Hex(p);
-    EXPECT_EQ(Hex(canvas.At(5, 5)), Hex(o.background));
-}
-
-// Past the displaced face's far edge but inside the displaced outer ring:
-// shadow only when the shadow follows the outline.
-TEST(TitleRenderer, ShadowFollowsTheOuterOutline) {
-    constexpr double kDistance = 16, kRing = 5;
-    struct Case {
-        const char* side;
-        bool shadowReachesRing;
-    };
-    const Case cases[] = {{"out", true}, {"in", false}, {"", false}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.side);
-        TitleOptions o = StemOptions();
-        o.outlineSide = c.side;
-        o.outlineWidth = kRing;
-        o.shadowAngle = 90;
-        o.shadowDistance = kDistance;
-        const double kPen = 60;
-        const Canvas canvas = Render(o, {'I'}, {kPen});
-        const GlyphBox stem = StemAt(kPen);
-        const uint32_t p = canvas.At(stem.right + kDistance + kRing / 2, stem.CentreY());
-        EXPECT_EQ(Hex(p), Hex(c.shadowReachesRing ? kShadow : 0u));
-        // Between the face and its displaced copy there is shadow either way.
-        EXPECT_EQ(Hex(canvas.At(stem.right + kDistance / 2 + kRing, stem.CentreY())), Hex(kShadow));
-    }
-}
-
-TEST(TitleRenderer, OutlineNeedsBothASideAndAWidth) {
-    struct Case {
-        const char* side;
-        double width;
-    };
-    const Case cases[] = {{"", 5}, {"in", 0}, {"out", 0}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(std::string(c.side) + " " + std::to_string(c.width));
-        TitleOptions o = StemOptions();
+    auto glyphs = tr::tools::GlyphSource::Open(o.font, 160, tr::tools::GlyphFormat::CurveRecords);
+    ASSERT_NE(glyphs, nullptr);
+    const titleprobe::GlyphBox b = titleprobe::MeasureGlyph('I', 160, 60, 150);
+    CreateCharacterCaches();  // as the CLI does: outlines come through the caches
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
         o.outlineSide = c.side;
         o.outlineWidth = c.width;
-        const double kPen = 60;
-        const Canvas canvas = Render(o, {'I'}, {kPen});
-        const GlyphBox stem = StemAt(kPen);
-        EXPECT_EQ(Hex(canvas.At(stem.left - 2.5, stem.CentreY())), Hex(0u)) << "no outer ring";
-        EXPECT_EQ(Hex(canvas.At(stem.left + 2.5, stem.CentreY())), Hex(kFill)) << "no inner rim";
+        o.shadowAngle = c.angle;
+        o.shadowDistance = c.distance;
+        titleprobe::Canvas canvas{o.width, o.height, std::vector<uint32_t>(std::size_t{260} * 211, 0)};
+        const ImageBlock image{canvas.pixels.data(), o.width, o.height, o.width * 4};
+        tr::cli::RenderTitleLine(o, *glyphs, {'I'}, {60}, image);
+        for (const Probe& p : c.probes) {
+            const double x = (b.left + b.right) / 2 + p.kx * (b.right - b.left) / 2 + p.dx;
+            const double y = (b.top + b.bottom) / 2 + p.ky * (b.bottom - b.top) / 2 + p.dy;
+            EXPECT_EQ(canvas.At(x, y), Hex(p.expected)) << x << "," << y;
+        }
+        EXPECT_EQ(canvas.Stray(b, 3 + c.distance + (std::string(c.side) == "out" ? c.width : 0), 0u), "");
     }
+    DestroyCharacterCaches();
 }
 
 }  // namespace
