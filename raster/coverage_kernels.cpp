@@ -27,24 +27,47 @@ inline uint16_t* RowBase(const CoverageTarget& t, int32_t row) {
     return t.words + static_cast<ptrdiff_t>(row >> kSubShift) * t.width + (row & kSubMask);
 }
 
-template <uint32_t K>
-void FillSpanConstantT(uint16_t* rowBase, int32_t x0, int32_t x1) {
-    constexpr uint16_t pattern = static_cast<uint16_t>(K * kWordPatternUnit);
+// A span written word by word: whole(old) gives the new value of a fully
+// covered tile word, part(old, mask) that of a partly covered one (only
+// the nibbles in mask may change).
+template <class Whole, class Part>
+inline void FillSpanWords(uint16_t* rowBase, int32_t x0, int32_t x1, Whole whole, Part part) {
     uint16_t* w = WordOf(rowBase, x0);
     int32_t x = x0;
     if ((x & kSubMask) != 0) {  // partial head tile
         const int32_t end = std::min<int32_t>(x1 - (x & ~kSubMask), kSubPerPx);
-        const uint16_t m = NibbleRangeMask(x & kSubMask, end);
-        *w = static_cast<uint16_t>((*w & ~m) | (pattern & m));
+        *w = part(*w, NibbleRangeMask(x & kSubMask, end));
         x = (x & ~kSubMask) + kSubPerPx;
         w += kWordsPerTile;
     }
+    for (; x1 - x >= kSubPerPx; x += kSubPerPx, w += kWordsPerTile) *w = whole(*w);
+    if (x < x1) *w = part(*w, NibbleRangeMask(0, x1 - x));  // partial tail tile
+}
+
+template <uint32_t K>
+inline void FillSpanConstantT(uint16_t* rowBase, int32_t x0, int32_t x1) {
+    constexpr uint16_t pattern = static_cast<uint16_t>(K * kWordPatternUnit);
     // Whole tiles: one store each, the map is not read.
-    for (; x1 - x >= kSubPerPx; x += kSubPerPx, w += kWordsPerTile) *w = pattern;
-    if (x < x1) {  // partial tail tile
-        const uint16_t m = NibbleRangeMask(0, x1 - x);
-        *w = static_cast<uint16_t>((*w & ~m) | (pattern & m));
-    }
+    FillSpanWords(
+        rowBase, x0, x1, [](uint16_t) { return pattern; },
+        [](uint16_t old, uint16_t m) {
+            return static_cast<uint16_t>((old & ~m) | (pattern & m));
+        });
+}
+
+inline uint16_t MapWord(uint16_t v, const ByteMapTable& table) {
+    constexpr int kByteBits = 8;
+    constexpr uint16_t kByteMask = 0xFF;
+    return static_cast<uint16_t>(table[v >> kByteBits] << kByteBits | table[v & kByteMask]);
+}
+
+inline void FillSpanGeneralWordsT(uint16_t* rowBase, int32_t x0, int32_t x1,
+                                  const ByteMapTable& table) {
+    FillSpanWords(
+        rowBase, x0, x1, [&table](uint16_t old) { return MapWord(old, table); },
+        [&table](uint16_t old, uint16_t m) {
+            return static_cast<uint16_t>((old & ~m) | (MapWord(old, table) & m));
+        });
 }
 
 // The definition, step by step: a whole word while more than four
@@ -99,9 +122,34 @@ void GeneralKernel(const CoverageTarget& t, const ScreenTriangle& tri) {
     });
 }
 
+template <class SpanOp>
+void FillPrepared(const CoverageTarget& t, const PreparedVertex& a, const PreparedVertex& b,
+                  const PreparedVertex& c, SpanOp op) {
+    const WalkWindow window{0, t.height, t.width};
+    RasterizePrepared(a, b, c, t.words, window, op);
+}
+
+template <uint32_t K>
+void PreparedConstantKernelT(const CoverageTarget& t, const PreparedVertex& a,
+                             const PreparedVertex& b, const PreparedVertex& c) {
+    FillPrepared(t, a, b, c, [](uint16_t* base, int32_t x0, int32_t x1) {
+        FillSpanConstantT<K>(base, x0, x1);
+    });
+}
+
+void PreparedGeneralKernelImpl(const CoverageTarget& t, const PreparedVertex& a,
+                               const PreparedVertex& b, const PreparedVertex& c) {
+    assert(t.byteMap != nullptr && "the rasterizer always binds its byte table");
+    const ByteMapTable& table = *t.byteMap;
+    FillPrepared(t, a, b, c, [&table](uint16_t* base, int32_t x0, int32_t x1) {
+        FillSpanGeneralWordsT(base, x0, x1, table);
+    });
+}
+
 template <uint32_t... K>
 struct KernelTables {
     static constexpr CoverageKernel kFast[] = {ConstantKernelT<K>...};
+    static constexpr PreparedCoverageKernel kPrepared[] = {PreparedConstantKernelT<K>...};
     static constexpr CoverageKernel kPlain[] = {ConstantKernelPlainT<K>...};
     static constexpr void (*kSpan[])(uint16_t*, int32_t, int32_t) = {FillSpanConstantT<K>...};
     static constexpr void (*kSpanPlain[])(uint16_t*, int32_t, int32_t) = {
@@ -120,6 +168,11 @@ void FillSpanGeneral(uint16_t* rowBase, int32_t x0, int32_t x1, const NibbleTabl
         const uint16_t clear = static_cast<uint16_t>(~(kNibbleMask << shift));
         *w = static_cast<uint16_t>((*w & clear) | tables[pos][old]);
     }
+}
+
+void FillSpanGeneralWords(uint16_t* rowBase, int32_t x0, int32_t x1,
+                          const ByteMapTable& table) {
+    FillSpanGeneralWordsT(rowBase, x0, x1, table);
 }
 
 void FillSpanConstant(uint16_t* rowBase, int32_t x0, int32_t x1, uint32_t k) {
@@ -144,11 +197,25 @@ CoverageKernel ConstantCoverageKernelPlain(uint32_t k) {
 
 CoverageKernel GeneralCoverageKernel() { return GeneralKernel; }
 
+PreparedCoverageKernel PreparedConstantKernel(uint32_t k) {
+    assert(k <= kNibbleMask);
+    return AllKernels::kPrepared[k & kNibbleMask];
+}
+
+PreparedCoverageKernel PreparedGeneralKernel() { return PreparedGeneralKernelImpl; }
+
 void BuildNibbleTables(const uint8_t* map, NibbleTables& tables) {
     for (int pos = 0; pos < kSubPerPx; ++pos) {
         for (int v = 0; v < 16; ++v) {
             tables[pos][v] = static_cast<uint16_t>((map[v] & kNibbleMask) << NibbleShift(pos));
         }
+    }
+}
+
+void BuildByteMapTable(const uint8_t* map, ByteMapTable& table) {
+    for (int b = 0; b < 256; ++b) {
+        table[b] = static_cast<uint8_t>((map[b >> kNibbleBits] & kNibbleMask) << kNibbleBits |
+                                        (map[b & kNibbleMask] & kNibbleMask));
     }
 }
 

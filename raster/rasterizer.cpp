@@ -6,6 +6,15 @@
 // then become a and b of the next quad, so pairs of vertices along a contour
 // form a continuous strip. The band strips of bevel_strips.cpp share the
 // vertex store and the scheme.
+//
+// Coverage drawing has two twins that give identical maps. The plain one
+// transforms and tapers the three vertices of every triangle and runs the
+// reference set-up and walk. The prepared one (the default) transforms,
+// tapers and converts each vertex once - per DrawIndexed call through a
+// small cache indexed by vertex number, per slot in the quad strip - and
+// hands the prepared vertices to the word-store kernels. Both evaluate the
+// same per-vertex expressions, so the prepared values are those the plain
+// twin recomputes for each triangle.
 #include <cstring>
 #include <new>
 
@@ -37,6 +46,12 @@ CRasterizer_::CRasterizer_()
       constantValue_(0),
       mapIsConstant_(false),
       plainKernels_(false),
+      preparedKernel_(tr::PreparedGeneralKernel()),
+      byteMap_{},
+      stripPrepared_{},
+      stripPreparedMask_(0),
+      vertexGeneration_(0),
+      vertexStamps_{},
       bandTop_(0),
       bandBottom_(0),
       output_(nullptr),
@@ -80,11 +95,13 @@ double* CRasterizer_::Init(uint16_t* coverage, uint32_t /*reserved0*/, int32_t w
     taperDistX_ = taperDistY_ = 0.0;
     mapIsConstant_ = false;
     spanKernel_ = tr::GeneralCoverageKernel();
+    preparedKernel_ = tr::PreparedGeneralKernel();
     return modelView_;
 }
 
 void CRasterizer_::SetNibbleMap(const uint8_t* map) {
     tr::BuildNibbleTables(map, nibbleTables_);
+    tr::BuildByteMapTable(map, byteMap_);
     mapIsConstant_ = true;
     for (int i = 1; i < 16; ++i) mapIsConstant_ = mapIsConstant_ && map[i] == map[0];
     constantValue_ = static_cast<uint8_t>(map[0] & tr::kNibbleMask);
@@ -95,9 +112,10 @@ void CRasterizer_::UsePlainKernels(bool plain) {
     plainKernels_ = plain;
     if (!mapIsConstant_) {
         spanKernel_ = tr::GeneralCoverageKernel();
+        preparedKernel_ = tr::PreparedGeneralKernel();
     } else {
-        spanKernel_ = plain ? tr::ConstantCoverageKernelPlain(constantValue_)
-                            : tr::ConstantCoverageKernel(constantValue_);
+        spanKernel_ = tr::ConstantCoverageKernelPlain(constantValue_);
+        preparedKernel_ = tr::PreparedConstantKernel(constantValue_);
     }
 }
 
@@ -115,16 +133,67 @@ const double* CRasterizer_::VertexAt(uint32_t index) const {
                                                                 vertexStride_);
 }
 
+tr::CoverageTarget CRasterizer_::CoverageTargetOf() const {
+    return tr::CoverageTarget{coverage_, width_, height_, &nibbleTables_, &byteMap_};
+}
+
 void CRasterizer_::FillCoverage(tr::ScreenTriangle t) const {
     if (coverage_ == nullptr) return;
     if (taperX_ != 0.0f || taperY_ != 0.0f) ApplyTaper(t);
-    const tr::CoverageTarget target{coverage_, width_, height_, &nibbleTables_};
-    spanKernel_(target, t);
+    spanKernel_(CoverageTargetOf(), t);
+}
+
+tr::PreparedVertex CRasterizer_::PrepareScreenVertex(float x, float y) const {
+    if (taperX_ != 0.0f || taperY_ != 0.0f) TaperVertex(x, y);
+    return tr::PrepareVertex(x, y);
+}
+
+uint32_t CRasterizer_::NextVertexGeneration() {
+    if (++vertexGeneration_ == 0) {  // wrapped: forget every stamp
+        std::memset(vertexStamps_, 0, sizeof vertexStamps_);
+        vertexGeneration_ = 1;
+    }
+    return vertexGeneration_;
+}
+
+void CRasterizer_::DrawIndexedPrepared(uint32_t count, const uint32_t* indices, double dx,
+                                       double dy) {
+    const uint32_t generation = NextVertexGeneration();
+    const tr::CoverageTarget target = CoverageTargetOf();
+    const tr::PreparedCoverageKernel kernel = preparedKernel_;
+    auto prepare = [&](uint32_t index) {
+        const double* v = VertexAt(index);
+        float x, y;
+        TransformVertex(v[0] + dx, v[1] + dy, x, y);
+        return PrepareScreenVertex(x, y);
+    };
+    for (uint32_t i = 0; i + 3 <= count; i += 3) {
+        tr::PreparedVertex uncached[3];
+        const tr::PreparedVertex* v[3];
+        for (int k = 0; k < 3; ++k) {
+            const uint32_t index = indices[i + k];
+            if (index >= kVertexCacheSize) {
+                uncached[k] = prepare(index);
+                v[k] = &uncached[k];
+                continue;
+            }
+            if (vertexStamps_[index] != generation) {
+                vertexCache_[index] = prepare(index);
+                vertexStamps_[index] = generation;
+            }
+            v[k] = &vertexCache_[index];
+        }
+        kernel(target, *v[0], *v[1], *v[2]);
+    }
 }
 
 void CRasterizer_::DrawIndexedCoverage(uint32_t count, const uint32_t* indices, double dx,
                                        double dy) {
     if (coverage_ == nullptr || indices == nullptr || vertexPointer_ == nullptr) return;
+    if (!plainKernels_) {
+        DrawIndexedPrepared(count, indices, dx, dy);
+        return;
+    }
     for (uint32_t i = 0; i + 3 <= count; i += 3) {
         tr::ScreenTriangle t{};
         for (int k = 0; k < 3; ++k) {
@@ -147,6 +216,7 @@ void CRasterizer_::DrawIndexedOffset(uint32_t /*mode*/, uint32_t count, uint32_t
 
 bool CRasterizer_::AppendStripVertex(double x, double y) {
     TransformVertex(x, y, stripX_[vertexCount_], stripY_[vertexCount_]);
+    stripPreparedMask_ &= ~(1u << vertexCount_);
     return ++vertexCount_ == 4;
 }
 
@@ -155,6 +225,9 @@ void CRasterizer_::KeepLastPair() {
     stripY_[0] = stripY_[2];
     stripX_[1] = stripX_[3];
     stripY_[1] = stripY_[3];
+    stripPrepared_[0] = stripPrepared_[2];
+    stripPrepared_[1] = stripPrepared_[3];
+    stripPreparedMask_ = (stripPreparedMask_ >> 2) & 3u;
     vertexCount_ = 2;
 }
 
@@ -178,8 +251,28 @@ int CRasterizer_::FirstQuadTriangle() const {
     return stripX_[0] == stripX_[1] && stripY_[0] == stripY_[1] ? 1 : 0;
 }
 
+// Triangles (a, b, c) and (d, b, c) of the quad from the prepared slots,
+// preparing any slot a band strip appended.
+void CRasterizer_::FillPreparedQuad() {
+    for (uint32_t slot = 0; slot < 4; ++slot) {
+        if ((stripPreparedMask_ & (1u << slot)) != 0) continue;
+        stripPrepared_[slot] = PrepareScreenVertex(stripX_[slot], stripY_[slot]);
+        stripPreparedMask_ |= 1u << slot;
+    }
+    if (coverage_ == nullptr) return;
+    const tr::CoverageTarget target = CoverageTargetOf();
+    if (FirstQuadTriangle() == 0) {
+        preparedKernel_(target, stripPrepared_[0], stripPrepared_[1], stripPrepared_[2]);
+    }
+    preparedKernel_(target, stripPrepared_[3], stripPrepared_[1], stripPrepared_[2]);
+}
+
 void CRasterizer_::Vertex2d(double x, double y) {
     if (!AppendStripVertex(x, y)) return;
-    for (int tri = FirstQuadTriangle(); tri < 2; ++tri) FillCoverage(QuadTriangle(tri));
+    if (plainKernels_) {
+        for (int tri = FirstQuadTriangle(); tri < 2; ++tri) FillCoverage(QuadTriangle(tri));
+    } else {
+        FillPreparedQuad();
+    }
     KeepLastPair();
 }

@@ -70,8 +70,11 @@ public:
     void DrawIndexedOffset(uint32_t mode, uint32_t count, uint32_t type, const uint32_t* indices,
                            double dx, double dy) override;
 
-    // Switches the constant kernels to their one-nibble-at-a-time twins
-    // (identical output; for differential tests and benchmarks).
+    // Switches coverage drawing to its plain twin (identical output; for
+    // differential tests and benchmarks): every triangle transformed,
+    // tapered and set up from scratch through the reference walk, spans
+    // written one nibble at a time. The default path prepares each vertex
+    // once per DrawIndexed call or strip slot and writes whole tile words.
     void UsePlainKernels(bool plain);
     // The light intensity 1..251 of a strip leaving its contour at
     // `direction` (radians) under the current light angle.
@@ -90,10 +93,17 @@ private:
     // transform_stack.cpp
     void TransformVertex(double x, double y, float& wx, float& wy) const;
     void ApplyTaper(tr::ScreenTriangle& t) const;
+    void TaperVertex(float& x, float& y) const;
 
     // rasterizer.cpp
     void FillCoverage(tr::ScreenTriangle t) const;
     void DrawIndexedCoverage(uint32_t count, const uint32_t* indices, double dx, double dy);
+    void DrawIndexedPrepared(uint32_t count, const uint32_t* indices, double dx, double dy);
+    // A screen vertex (transformed, tapered) ready for the prepared kernels.
+    tr::PreparedVertex PrepareScreenVertex(float x, float y) const;
+    tr::CoverageTarget CoverageTargetOf() const;
+    void FillPreparedQuad();
+    uint32_t NextVertexGeneration();
     const double* VertexAt(uint32_t index) const;
     bool AppendStripVertex(double x, double y);
     // Triangle 0 (a, b, c) or 1 (d, b, c) of the completed quad; the first
@@ -139,6 +149,20 @@ private:
     uint8_t constantValue_;  // valid when the map is constant
     bool mapIsConstant_;
     bool plainKernels_;
+
+    // Prepared path: kernel, byte table of the general map, the strip's
+    // prepared vertices (bit i set when slot i is prepared for the current
+    // vertex; band strips append without preparing) and the per-call cache
+    // of indexed vertices (entry i valid when its stamp equals the call's
+    // generation; indices beyond the cache are prepared per use).
+    static constexpr uint32_t kVertexCacheSize = 1024;
+    tr::PreparedCoverageKernel preparedKernel_;
+    tr::ByteMapTable byteMap_;
+    tr::PreparedVertex stripPrepared_[4];
+    uint32_t stripPreparedMask_;
+    uint32_t vertexGeneration_;
+    uint32_t vertexStamps_[kVertexCacheSize];
+    tr::PreparedVertex vertexCache_[kVertexCacheSize];
 
     // Depth-band state.
     tr::BandPlan bands_;

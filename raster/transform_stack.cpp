@@ -90,24 +90,26 @@ void CRasterizer_::SetTaper(float horizontal, float vertical) {
 // h > 0 narrows the figure towards the bottom of the map, h < 0 towards the
 // top, by h percent at the far edge; v likewise towards the right or left,
 // using the already tapered x.
-void CRasterizer_::ApplyTaper(tr::ScreenTriangle& t) const {
+void CRasterizer_::TaperVertex(float& xOut, float& yOut) const {
     const double cx = width_ / 2.0, cy = height_ / 2.0;
     const double dh = taperDistX_, dv = taperDistY_;
-    for (int i = 0; i < 3; ++i) {
-        double x = t.x[i], y = t.y[i];
-        if (taperX_ > 0.0f) {
-            x = cx + (x - cx) * (dh - y) / dh;
-        } else if (taperX_ < 0.0f) {
-            x = cx + (x - cx) * (y + dh - height_) / dh;
-        }
-        if (taperY_ > 0.0f) {
-            y = cy + (y - cy) * (dv - x) / dv;
-        } else if (taperY_ < 0.0f) {
-            y = cy + (y - cy) * (x + dv - width_) / dv;
-        }
-        t.x[i] = static_cast<float>(x);
-        t.y[i] = static_cast<float>(y);
+    double x = xOut, y = yOut;
+    if (taperX_ > 0.0f) {
+        x = cx + (x - cx) * (dh - y) / dh;
+    } else if (taperX_ < 0.0f) {
+        x = cx + (x - cx) * (y + dh - height_) / dh;
     }
+    if (taperY_ > 0.0f) {
+        y = cy + (y - cy) * (dv - x) / dv;
+    } else if (taperY_ < 0.0f) {
+        y = cy + (y - cy) * (x + dv - width_) / dv;
+    }
+    xOut = static_cast<float>(x);
+    yOut = static_cast<float>(y);
+}
+
+void CRasterizer_::ApplyTaper(tr::ScreenTriangle& t) const {
+    for (int i = 0; i < 3; ++i) TaperVertex(t.x[i], t.y[i]);
 }
 
 int CRasterizer_::Project(double x, double y, double z, const double* modelView,

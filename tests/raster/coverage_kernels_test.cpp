@@ -42,7 +42,7 @@ void Draw(GuardedMap& m, tr::CoverageKernel k, const RandomTriangle& t,
           const tr::NibbleTables* tables = nullptr) {
     tr::ScreenTriangle s{};
     for (int i = 0; i < 3; ++i) s.x[i] = t.xs[i], s.y[i] = t.ys[i];
-    k(tr::CoverageTarget{m.Words(), m.W(), m.H(), tables}, s);
+    k(tr::CoverageTarget{m.Words(), m.W(), m.H(), tables, nullptr}, s);
 }
 
 TEST(CoverageSpans, NineSubSamplesFromFourWithValueTen) {
