@@ -5,69 +5,45 @@
 #include <cassert>
 #include <cstddef>
 
+#include "raster/span_words.h"
 #include "raster/triangle_clip.h"
 
 namespace tr {
 namespace {
 
 constexpr uint16_t kWordPatternUnit = 0x1111;  // one in every nibble
-constexpr int32_t kWordsPerTile = kSubPerPx;   // words between tiles of a row
-
-// Mask of nibbles [first, end) of a tile word, 0 <= first < end <= 4.
-constexpr uint16_t NibbleRangeMask(int32_t first, int32_t end) {
-    return static_cast<uint16_t>((0xFFFFu >> (first * kNibbleBits)) &
-                                 ~(0xFFFFu >> (end * kNibbleBits)));
-}
-
-inline uint16_t* WordOf(uint16_t* rowBase, int32_t x) {
-    return rowBase + static_cast<ptrdiff_t>(x >> kSubShift) * kWordsPerTile;
-}
 
 inline uint16_t* RowBase(const CoverageTarget& t, int32_t row) {
     return t.words + static_cast<ptrdiff_t>(row >> kSubShift) * t.width + (row & kSubMask);
 }
 
-// A span written word by word: whole(old) gives the new value of a fully
-// covered tile word, part(old, mask) that of a partly covered one (only
-// the nibbles in mask may change).
-template <class Whole, class Part>
-inline void FillSpanWords(uint16_t* rowBase, int32_t x0, int32_t x1, Whole whole, Part part) {
-    uint16_t* w = WordOf(rowBase, x0);
-    int32_t x = x0;
-    if ((x & kSubMask) != 0) {  // partial head tile
-        const int32_t end = std::min<int32_t>(x1 - (x & ~kSubMask), kSubPerPx);
-        *w = part(*w, NibbleRangeMask(x & kSubMask, end));
-        x = (x & ~kSubMask) + kSubPerPx;
-        w += kWordsPerTile;
+// Word operations (span_words.h). Constant k: whole words are stored
+// without reading the map.
+template <uint32_t K>
+struct ConstantWords {
+    static constexpr uint16_t kPattern = static_cast<uint16_t>(K * kWordPatternUnit);
+    uint16_t Whole(uint16_t) const { return kPattern; }
+    uint16_t Part(uint16_t old, uint16_t m) const {
+        return static_cast<uint16_t>((old & ~m) | (kPattern & m));
     }
-    for (; x1 - x >= kSubPerPx; x += kSubPerPx, w += kWordsPerTile) *w = whole(*w);
-    if (x < x1) *w = part(*w, NibbleRangeMask(0, x1 - x));  // partial tail tile
-}
+};
+
+// The general map, both nibbles of a byte per lookup.
+struct MappedWords {
+    const ByteMapTable& table;
+    uint16_t Whole(uint16_t v) const {
+        constexpr int kByteBits = 8;
+        constexpr uint16_t kByteMask = 0xFF;
+        return static_cast<uint16_t>(table[v >> kByteBits] << kByteBits | table[v & kByteMask]);
+    }
+    uint16_t Part(uint16_t old, uint16_t m) const {
+        return static_cast<uint16_t>((old & ~m) | (Whole(old) & m));
+    }
+};
 
 template <uint32_t K>
 inline void FillSpanConstantT(uint16_t* rowBase, int32_t x0, int32_t x1) {
-    constexpr uint16_t pattern = static_cast<uint16_t>(K * kWordPatternUnit);
-    // Whole tiles: one store each, the map is not read.
-    FillSpanWords(
-        rowBase, x0, x1, [](uint16_t) { return pattern; },
-        [](uint16_t old, uint16_t m) {
-            return static_cast<uint16_t>((old & ~m) | (pattern & m));
-        });
-}
-
-inline uint16_t MapWord(uint16_t v, const ByteMapTable& table) {
-    constexpr int kByteBits = 8;
-    constexpr uint16_t kByteMask = 0xFF;
-    return static_cast<uint16_t>(table[v >> kByteBits] << kByteBits | table[v & kByteMask]);
-}
-
-inline void FillSpanGeneralWordsT(uint16_t* rowBase, int32_t x0, int32_t x1,
-                                  const ByteMapTable& table) {
-    FillSpanWords(
-        rowBase, x0, x1, [&table](uint16_t old) { return MapWord(old, table); },
-        [&table](uint16_t old, uint16_t m) {
-            return static_cast<uint16_t>((old & ~m) | (MapWord(old, table) & m));
-        });
+    FillSpanWords(rowBase, x0, x1, ConstantWords<K>{});
 }
 
 // The definition, step by step: a whole word while more than four
@@ -122,28 +98,18 @@ void GeneralKernel(const CoverageTarget& t, const ScreenTriangle& tri) {
     });
 }
 
-template <class SpanOp>
-void FillPrepared(const CoverageTarget& t, const PreparedVertex& a, const PreparedVertex& b,
-                  const PreparedVertex& c, SpanOp op) {
-    const WalkWindow window{0, t.height, t.width};
-    RasterizePrepared(a, b, c, t.words, window, op);
-}
-
 template <uint32_t K>
 void PreparedConstantKernelT(const CoverageTarget& t, const PreparedVertex& a,
                              const PreparedVertex& b, const PreparedVertex& c) {
-    FillPrepared(t, a, b, c, [](uint16_t* base, int32_t x0, int32_t x1) {
-        FillSpanConstantT<K>(base, x0, x1);
-    });
+    const WalkWindow window{0, t.height, t.width};
+    RasterizePrepared(a, b, c, t.words, window, ConstantWords<K>{});
 }
 
 void PreparedGeneralKernelImpl(const CoverageTarget& t, const PreparedVertex& a,
                                const PreparedVertex& b, const PreparedVertex& c) {
     assert(t.byteMap != nullptr && "the rasterizer always binds its byte table");
-    const ByteMapTable& table = *t.byteMap;
-    FillPrepared(t, a, b, c, [&table](uint16_t* base, int32_t x0, int32_t x1) {
-        FillSpanGeneralWordsT(base, x0, x1, table);
-    });
+    const WalkWindow window{0, t.height, t.width};
+    RasterizePrepared(a, b, c, t.words, window, MappedWords{*t.byteMap});
 }
 
 template <uint32_t... K>
@@ -172,7 +138,7 @@ void FillSpanGeneral(uint16_t* rowBase, int32_t x0, int32_t x1, const NibbleTabl
 
 void FillSpanGeneralWords(uint16_t* rowBase, int32_t x0, int32_t x1,
                           const ByteMapTable& table) {
-    FillSpanGeneralWordsT(rowBase, x0, x1, table);
+    FillSpanWords(rowBase, x0, x1, MappedWords{table});
 }
 
 void FillSpanConstant(uint16_t* rowBase, int32_t x0, int32_t x1, uint32_t k) {

@@ -3,39 +3,48 @@
 //
 // The reference walk (triangle_walk.h) takes a triangle of three floats per
 // axis and redoes everything per triangle: range checks, fixed-point
-// conversion, and per edge two double divisions behind saturating
-// conversions. All of the per-vertex part depends on the vertex alone, so a
-// vertex shared by several triangles (a glyph triangulation, the strip's
-// kept pair) is prepared once: screen position after taper, fixed point,
-// and whether the plain walk would take it without clipping.
+// conversion, and per edge two divisions behind saturating conversions.
+// The per-vertex part depends on the vertex alone, so a vertex shared by
+// several triangles (a glyph triangulation, the strip's kept pair) is
+// prepared once: screen position after taper, fixed point, and whether the
+// reference would walk it without clipping ("walkable").
 //
-// The edge set-up here is the reference formula in integers. With
-// |coordinate| <= kSafeCoord = 2^24 every fixed-point value is below 2^36,
-// so for an edge (x0, y0) -> (x1, y1) with dy = y1 - y0 > 0 and
-// off = first * 2048 - y0 in [0, 2048):
+// Edge set-up is the reference's double arithmetic without its saturation:
+// with |coordinate| <= kSafeCoord = 2^24 every fixed-point value is below
+// 2^36, so for an edge with dy > 0 and off = first * 2048 - y0 in
+// [0, 2048) the start offset off * dx / dy is below 2^47 in magnitude and
+// the step dx / dy * 2048 at most |dx| * 2048 < 2^48, the saturation
+// bound. (Both also equal the integer quotients (off * dx) / dy and
+// (dx * 2048) / dy: the numerators are exact in doubles, and a correctly
+// rounded quotient of integers below 2^53 never crosses an integer. The
+// tests use that to check the walk independently.) Edges with dy = 0 are
+// never walked, as in the reference. An edge is only stepped when it
+// covers more than one row of its part, so a one-row edge skips the step's
+// division; the positions it is given are the reference's.
 //
-//   N = off * dx  and  M = dx * 2048  have |N|, |M| < 2^47,
+// Rows are written through a word operation (span_words.h). A row whose
+// span lies within one tile - most rows of the slivers a glyph
+// triangulation is made of, and every empty row - is one masked write of
+// that word, with an empty mask when the row covers nothing, so the row
+// loop has no hard-to-predict empty-or-not branch; spans reaching past
+// their first tile take the head / whole words / tail path. The edges'
+// positions always lie between the x of their end points (the start offset
+// and the step are truncated toward zero), so a triangle whose vertices
+// lie inside the map needs no column clamping.
 //
-// exact in doubles, and the reference's trunc(double(N) / dy) and
-// trunc(double(dx) / dy * 2048) = trunc(double(M) / dy) (scaling by 2048
-// is exact) equal the integer quotients N / dy and M / dy: a correctly
-// rounded quotient of integers with |N| < 2^53 cannot cross an integer,
-// since a non-integer N / dy is at least 1 / dy away from one while the
-// rounding error is at most |N / dy| * 2^-53 < 1 / dy. The saturation
-// bounds of the reference (2^48 for the step) are never reached. Edges with
-// dy = 0 are never walked (they have no row), exactly as in the reference.
-//
-// Triangles with a vertex the prepared walk cannot take (not finite, or
-// beyond kSafeCoord) go through the reference set-up and clipping
-// unchanged. Vertex order, the area test and row and column clamping are
-// the reference's, so the covered sub-samples are identical.
+// Triangles with a vertex that is not walkable go through the reference
+// set-up and clipping unchanged. Vertex order, the area test and the row
+// and column limits are the reference's, so the covered sub-samples are
+// identical.
 #pragma once
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 
+#include "raster/span_words.h"
 #include "raster/triangle_clip.h"
 #include "raster/triangle_walk.h"
 
@@ -63,41 +72,69 @@ inline PreparedVertex PrepareVertex(float x, float y) {
     return v;
 }
 
-// One edge positioned on a row; integer twin of EdgeWalk (see above).
+// Edge a -> b (a above b) positioned on `row`, to be walked for `rows` rows.
 struct PreparedEdge {
     int64_t xFx;
     int64_t stepFx;
 
-    PreparedEdge(const PreparedVertex& a, const PreparedVertex& b, int64_t row) {
+    PreparedEdge(const PreparedVertex& a, const PreparedVertex& b, int64_t row, int64_t rows) {
         const int64_t first = FxCeil(a.yFx);
-        const int64_t dx = b.xFx - a.xFx;
-        const int64_t dy = b.yFx - a.yFx;
-        if (dy == 0) {
-            xFx = a.xFx;
-            stepFx = 0;
-            return;
-        }
-        // |dx| < 2^37 and 0 <= first * 2048 - a.yFx < 2048: no overflow.
-        stepFx = dx * kFxOne / dy;
-        xFx = a.xFx + (first * kFxOne - a.yFx) * dx / dy + (row - first) * stepFx;
+        const double dx = static_cast<double>(b.xFx - a.xFx);
+        const double dy = static_cast<double>(b.yFx - a.yFx);
+        assert(dy > 0.0 && "an edge with rows descends");
+        // An edge walked from its own first row over a single row is never
+        // stepped; the walk adds the step once after the last row, to a
+        // position nobody reads.
+        stepFx = rows > 1 || row != first ? static_cast<int64_t>(dx / dy * kFxScale) : 0;
+        xFx = a.xFx + static_cast<int64_t>(static_cast<double>(first * kFxOne - a.yFx) * dx / dy) +
+              (row - first) * stepFx;
     }
 };
 
-// Rows [r0, r1) between a left and a right edge; fn(rowBase, x0, x1) for
-// each non-empty span clipped to [0, width). The row's first word moves by
-// one word per sub-row and by a tile row (width words) every fourth.
-template <class SpanFn>
+// Column limits of the row loop: Clamp clips spans to [0, width); without
+// it the caller guarantees 0 <= first and end <= width - 1 on every row.
+enum class Columns { kInside, kClamp };
+
+// Rows [r0, r1) (inside the map) between a left and a right edge; leaves
+// both edges on row r1. The row's first word moves by one word per
+// sub-row and by a tile row (width words) every fourth.
+template <Columns kColumns, class WordOp>
 inline void WalkPreparedPart(PreparedEdge& left, PreparedEdge& right, int64_t r0, int64_t r1,
-                             uint16_t* words, int32_t width, SpanFn& fn) {
+                             uint16_t* words, int32_t width, const WordOp& op) {
+    // kSpanMasks[from][to]: nibbles [from, to) of a tile word; from = 4
+    // (a span starting past the map) masks nothing.
+    static constexpr uint16_t kSpanMasks[5][5] = {
+        {NibbleRangeMask(0, 0), NibbleRangeMask(0, 1), NibbleRangeMask(0, 2),
+         NibbleRangeMask(0, 3), NibbleRangeMask(0, 4)},
+        {0, 0, NibbleRangeMask(1, 2), NibbleRangeMask(1, 3), NibbleRangeMask(1, 4)},
+        {0, 0, 0, NibbleRangeMask(2, 3), NibbleRangeMask(2, 4)},
+        {0, 0, 0, 0, NibbleRangeMask(3, 4)},
+        {0, 0, 0, 0, 0},
+    };
+    assert(r0 >= 0 && width >= kSubPerPx && "the caller skips empty maps");
     int32_t r = static_cast<int32_t>(r0);
-    uint16_t* rowBase =
-        words + static_cast<ptrdiff_t>(r >> kSubShift) * width + (r & kSubMask);
+    uint16_t* rowBase = words + static_cast<ptrdiff_t>(r >> kSubShift) * width + (r & kSubMask);
     int64_t xl = left.xFx, xr = right.xFx;
     const int64_t stepL = left.stepFx, stepR = right.stepFx;
     for (; r < r1; ++r) {
-        const int64_t first = std::max<int64_t>(FxFloor(xl - 1), 0);
-        const int64_t end = std::min<int64_t>(FxFloor(xr - 1), width);
-        if (first < end) fn(rowBase, static_cast<int32_t>(first), static_cast<int32_t>(end));
+        int64_t first = FxFloor(xl - 1);
+        int64_t end = FxFloor(xr - 1);
+        int64_t tile = first & ~int64_t{kSubMask};  // also the tile's word offset
+        if constexpr (kColumns == Columns::kClamp) {
+            first = std::max<int64_t>(first, 0);
+            end = std::min<int64_t>(end, width);
+            // A span starting past the map is empty (end <= width <= first);
+            // its masked write goes to the last tile with nothing in the mask.
+            tile = std::min<int64_t>(first & ~int64_t{kSubMask}, (width - 1) & ~kSubMask);
+        }
+        if (end - tile > kSubPerPx) {
+            FillSpanWords(rowBase, static_cast<int32_t>(first), static_cast<int32_t>(end), op);
+        } else {
+            const int64_t from = std::min<int64_t>(first - tile, kSubPerPx);
+            const int64_t to = std::max<int64_t>(end - tile, 0);
+            uint16_t* w = rowBase + tile;
+            *w = op.Part(*w, kSpanMasks[from][to]);
+        }
         xl += stepL;
         xr += stepR;
         rowBase += (r & kSubMask) == kSubMask ? width - kSubMask : 1;
@@ -106,22 +143,46 @@ inline void WalkPreparedPart(PreparedEdge& left, PreparedEdge& right, int64_t r0
     right.xFx = xr;
 }
 
+// The upper and lower parts of a triangle between its long edge and its
+// short edges, as WalkTriangle splits them.
+template <Columns kColumns, class WordOp>
+inline void WalkPreparedParts(const PreparedVertex& top, const PreparedVertex& mid,
+                              const PreparedVertex& bot, bool longIsLeft, int64_t begin,
+                              int64_t split, int64_t end, uint16_t* words, int32_t width,
+                              const WordOp& op) {
+    PreparedEdge longEdge(top, bot, begin, end - begin);
+    if (begin < split) {
+        PreparedEdge upper(top, mid, begin, split - begin);
+        if (longIsLeft) {
+            WalkPreparedPart<kColumns>(longEdge, upper, begin, split, words, width, op);
+        } else {
+            WalkPreparedPart<kColumns>(upper, longEdge, begin, split, words, width, op);
+        }
+    }
+    if (split < end) {
+        PreparedEdge lower(mid, bot, split, end - split);
+        if (longIsLeft) {
+            WalkPreparedPart<kColumns>(longEdge, lower, split, end, words, width, op);
+        } else {
+            WalkPreparedPart<kColumns>(lower, longEdge, split, end, words, width, op);
+        }
+    }
+}
+
 // Set-up and walk of one triangle whose vertices are all walkable, over
-// rows [rowBegin, rowEnd) of a map `width` sub-samples wide. Sort, area
-// test and row split follow SetUpTriangle and WalkTriangle step by step.
-template <class SpanFn>
+// rows [w.rowBegin, w.rowEnd) of a map w.width sub-samples wide. Sort,
+// area test and row split follow SetUpTriangle and WalkTriangle.
+template <class WordOp>
 inline void WalkPreparedTriangle(const PreparedVertex& v0, const PreparedVertex& v1,
                                  const PreparedVertex& v2, uint16_t* words,
-                                 const WalkWindow& w, SpanFn& fn) {
+                                 const WalkWindow& w, const WordOp& op) {
     const PreparedVertex* o[3] = {&v0, &v1, &v2};
     if (o[1]->y < o[0]->y) std::swap(o[0], o[1]);
     if (o[2]->y < o[1]->y) std::swap(o[1], o[2]);
     if (o[1]->y < o[0]->y) std::swap(o[0], o[1]);
     const PreparedVertex &top = *o[0], &mid = *o[1], &bot = *o[2];
-    const int64_t rowTop = FxCeil(top.yFx);
-    const int64_t rowBot = FxCeil(bot.yFx);
-    const int64_t begin = std::max<int64_t>(rowTop, w.rowBegin);
-    const int64_t end = std::min<int64_t>(rowBot, w.rowEnd);
+    const int64_t begin = std::max<int64_t>(FxCeil(top.yFx), w.rowBegin);
+    const int64_t end = std::min<int64_t>(FxCeil(bot.yFx), w.rowEnd);
     // No row in the window: nothing to draw whatever the area test says.
     if (begin >= end) return;
     const double xt = top.x, yt = top.y;
@@ -130,39 +191,34 @@ inline void WalkPreparedTriangle(const PreparedVertex& v0, const PreparedVertex&
     if (a > -kMinDoubleArea && a < kMinDoubleArea) return;
     const int64_t split = std::clamp<int64_t>(FxCeil(mid.yFx), begin, end);
     const bool longIsLeft = a > 0.0;
-    PreparedEdge longEdge(top, bot, begin);
-    if (begin < split) {
-        PreparedEdge upper(top, mid, begin);
-        if (longIsLeft) {
-            WalkPreparedPart(longEdge, upper, begin, split, words, w.width, fn);
-        } else {
-            WalkPreparedPart(upper, longEdge, begin, split, words, w.width, fn);
-        }
-    }
-    if (split < end) {
-        PreparedEdge lower(mid, bot, split);
-        if (longIsLeft) {
-            WalkPreparedPart(longEdge, lower, split, end, words, w.width, fn);
-        } else {
-            WalkPreparedPart(lower, longEdge, split, end, words, w.width, fn);
-        }
+    const int64_t minX = std::min({v0.xFx, v1.xFx, v2.xFx});
+    const int64_t maxX = std::max({v0.xFx, v1.xFx, v2.xFx});
+    if (minX >= 1 && FxFloor(maxX - 1) <= w.width - 1) {
+        WalkPreparedParts<Columns::kInside>(top, mid, bot, longIsLeft, begin, split, end, words,
+                                            w.width, op);
+    } else {
+        WalkPreparedParts<Columns::kClamp>(top, mid, bot, longIsLeft, begin, split, end, words,
+                                           w.width, op);
     }
 }
 
-// Any triangle: the prepared walk when all three vertices are walkable,
-// the reference set-up (drop or clip) otherwise. fn(rowBase, x0, x1).
-template <class SpanFn>
+// Any triangle in a map of rows [w.rowBegin >= 0, w.rowEnd), columns
+// [0, w.width): the prepared walk when all three vertices are walkable,
+// the reference set-up (drop or clip) otherwise.
+template <class WordOp>
 inline void RasterizePrepared(const PreparedVertex& v0, const PreparedVertex& v1,
                               const PreparedVertex& v2, uint16_t* words, const WalkWindow& w,
-                              SpanFn& fn) {
+                              const WordOp& op) {
+    if (w.width < kSubPerPx || w.rowBegin >= w.rowEnd) return;  // an empty map
     if (v0.walkable && v1.walkable && v2.walkable) {
-        WalkPreparedTriangle(v0, v1, v2, words, w, fn);
+        WalkPreparedTriangle(v0, v1, v2, words, w, op);
         return;
     }
     const ScreenTriangle t{{v0.x, v1.x, v2.x}, {v0.y, v1.y, v2.y}, {}};
     auto rowFn = [&](int32_t row, int32_t x0, int32_t x1) {
-        fn(words + static_cast<ptrdiff_t>(row >> kSubShift) * w.width + (row & kSubMask), x0,
-           x1);
+        FillSpanWords(
+            words + static_cast<ptrdiff_t>(row >> kSubShift) * w.width + (row & kSubMask), x0,
+            x1, op);
     };
     auto onSetup = [&](const TriangleSetup&, const ScreenTriangle&) { return rowFn; };
     RasterizeTriangle(t, w, onSetup);

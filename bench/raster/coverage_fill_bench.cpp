@@ -27,11 +27,26 @@ constexpr int32_t kMapSide = 256;       // sub-samples: a 64-px glyph
 constexpr int32_t kGlyphPx = 64;        // em size of the glyph set
 constexpr int32_t kGlyphMapSide = 320;  // room for ascender and descender
 
+// Triangles drawn as the fragment drawing does: one DrawIndexed per
+// contour group, its indices numbering the group's own vertices.
 struct TriangleSet {
+    struct Draw {
+        uint32_t firstVertex = 0;
+        uint32_t firstIndex = 0;
+        uint32_t count = 0;
+    };
     std::vector<double> xy;  // vertex pairs
     std::vector<uint32_t> indices;
+    std::vector<Draw> draws;
     int32_t mapSide = kMapSide;
     int64_t coveredSubSamples = 0;
+
+    void Run(CRasterizer_& r) const {
+        for (const Draw& d : draws) {
+            r.VertexPointer(2, 0, 16, xy.data() + 2 * d.firstVertex);
+            r.DrawIndexed(4, d.count, 0, indices.data() + d.firstIndex);
+        }
+    }
 };
 
 enum class Size { kLarge, kSmall, kGlyphs };
@@ -53,13 +68,14 @@ void AppendGlyph(const CCharacterData& block, TriangleSet& s) {
         const uint32_t count = block.TriangleIndexCount(g) / 3 * 3;
         const uint32_t* idx = block.TriangleIndices(g);
         const uint32_t base = static_cast<uint32_t>(s.xy.size() / 2);
+        s.draws.push_back({base, static_cast<uint32_t>(s.indices.size()), count});
         const uint32_t vertices = count == 0 ? 0 : *std::max_element(idx, idx + count) + 1;
         const CPoint3D* p = block.OuterPoints(g);
         for (uint32_t i = 0; i < vertices; ++i) {
             s.xy.push_back(offsetX + p[i].x * kSubPerUnit);
             s.xy.push_back(offsetY - p[i].y * kSubPerUnit);
         }
-        for (uint32_t i = 0; i < count; ++i) s.indices.push_back(base + idx[i]);
+        s.indices.insert(s.indices.end(), idx, idx + count);
     }
 }
 
@@ -98,6 +114,7 @@ TriangleSet MakeTriangles(Size size) {
             s.indices.push_back(3 * t + k);
         }
     }
+    s.draws.push_back({0, 0, static_cast<uint32_t>(s.indices.size())});
     return s;
 }
 
@@ -123,15 +140,13 @@ int64_t CountCovered(const TriangleSet& s) {
     uint8_t one[16];
     std::memset(one, 1, sizeof one);
     r.SetNibbleMap(one);
-    r.VertexPointer(2, 0, 16, s.xy.data());
     int64_t covered = 0;
-    for (size_t t = 0; t < s.indices.size(); t += 3) {
-        r.DrawIndexed(4, 3, 0, s.indices.data() + t);
+    auto countAndClear = [&](const double* xy, const uint32_t* tri) {
         double lo[2] = {1e9, 1e9}, hi[2] = {-1e9, -1e9};
         for (int k = 0; k < 3; ++k) {
             for (int a = 0; a < 2; ++a) {
-                lo[a] = std::min(lo[a], s.xy[2 * s.indices[t + k] + a]);
-                hi[a] = std::max(hi[a], s.xy[2 * s.indices[t + k] + a]);
+                lo[a] = std::min(lo[a], xy[2 * tri[k] + a]);
+                hi[a] = std::max(hi[a], xy[2 * tri[k] + a]);
             }
         }
         const int32_t x0 = std::max(0, static_cast<int32_t>(lo[0]) - 2) / 4 * 4;
@@ -144,6 +159,14 @@ int64_t CountCovered(const TriangleSet& s) {
                 for (int n = 0; n < 4; ++n) covered += ((w >> (4 * n)) & 0xF) != 0;
                 w = 0;
             }
+        }
+    };
+    for (const TriangleSet::Draw& d : s.draws) {
+        const double* xy = s.xy.data() + 2 * d.firstVertex;
+        r.VertexPointer(2, 0, 16, xy);
+        for (uint32_t t = d.firstIndex; t < d.firstIndex + d.count; t += 3) {
+            r.DrawIndexed(4, 3, 0, s.indices.data() + t);
+            countAndClear(xy, s.indices.data() + t);
         }
     }
     return covered;
@@ -172,9 +195,8 @@ void BM_Fill(benchmark::State& state, Size size, Kernel kernel) {
     }
     r.SetNibbleMap(nibbleMap);
     r.UsePlainKernels(kernel == Kernel::kConstantPlain);
-    r.VertexPointer(2, 0, 16, s.xy.data());
     for (auto _ : state) {
-        r.DrawIndexed(4, static_cast<uint32_t>(s.indices.size()), 0, s.indices.data());
+        s.Run(r);
         benchmark::DoNotOptimize(map.data());
         benchmark::ClobberMemory();
     }
