@@ -18,9 +18,7 @@
 // (dx * 2048) / dy: the numerators are exact in doubles, and a correctly
 // rounded quotient of integers below 2^53 never crosses an integer. The
 // tests use that to check the walk independently.) Edges with dy = 0 are
-// never walked, as in the reference. An edge is only stepped when it
-// covers more than one row of its part, so a one-row edge skips the step's
-// division; the positions it is given are the reference's.
+// never walked, as in the reference.
 //
 // Rows are written through a word operation (span_words.h). A row whose
 // span lies within one tile - most rows of the slivers a glyph
@@ -72,32 +70,31 @@ inline PreparedVertex PrepareVertex(float x, float y) {
     return v;
 }
 
-// Edge a -> b (a above b) positioned on `row`, to be walked for `rows` rows.
+// Edge a -> b (a above b, dy > 0) positioned on `row`.
 struct PreparedEdge {
-    int64_t xFx;
-    int64_t stepFx;
-
-    PreparedEdge(const PreparedVertex& a, const PreparedVertex& b, int64_t row, int64_t rows) {
-        const int64_t first = FxCeil(a.yFx);
-        const double dx = static_cast<double>(b.xFx - a.xFx);
-        const double dy = static_cast<double>(b.yFx - a.yFx);
-        assert(dy > 0.0 && "an edge with rows descends");
-        // An edge walked from its own first row over a single row is never
-        // stepped; the walk adds the step once after the last row, to a
-        // position nobody reads.
-        stepFx = rows > 1 || row != first ? static_cast<int64_t>(dx / dy * kFxScale) : 0;
-        xFx = a.xFx + static_cast<int64_t>(static_cast<double>(first * kFxOne - a.yFx) * dx / dy) +
-              (row - first) * stepFx;
-    }
+    int64_t xFx = 0;
+    int64_t stepFx = 0;
 };
+
+inline PreparedEdge SetUpEdge(const PreparedVertex& a, const PreparedVertex& b, int64_t row) {
+    const int64_t first = FxCeil(a.yFx);
+    const double dx = static_cast<double>(b.xFx - a.xFx);
+    const double dy = static_cast<double>(b.yFx - a.yFx);
+    assert(dy > 0.0 && "an edge with rows descends");
+    PreparedEdge e;
+    e.stepFx = static_cast<int64_t>(dx / dy * kFxScale);
+    e.xFx = a.xFx + static_cast<int64_t>(static_cast<double>(first * kFxOne - a.yFx) * dx / dy) +
+            (row - first) * e.stepFx;
+    return e;
+}
 
 // Column limits of the row loop: Clamp clips spans to [0, width); without
 // it the caller guarantees 0 <= first and end <= width - 1 on every row.
 enum class Columns { kInside, kClamp };
 
 // Rows [r0, r1) (inside the map) between a left and a right edge; leaves
-// both edges on row r1. The row's first word moves by one word per
-// sub-row and by a tile row (width words) every fourth.
+// both edges on row r1. A row's words are those of its tile row (width
+// words) plus its sub-row.
 template <Columns kColumns, class WordOp>
 inline void WalkPreparedPart(PreparedEdge& left, PreparedEdge& right, int64_t r0, int64_t r1,
                              uint16_t* words, int32_t width, const WordOp& op) {
@@ -112,13 +109,14 @@ inline void WalkPreparedPart(PreparedEdge& left, PreparedEdge& right, int64_t r0
         {0, 0, 0, 0, 0},
     };
     assert(r0 >= 0 && width >= kSubPerPx && "the caller skips empty maps");
-    int32_t r = static_cast<int32_t>(r0);
-    uint16_t* rowBase = words + static_cast<ptrdiff_t>(r >> kSubShift) * width + (r & kSubMask);
-    int64_t xl = left.xFx, xr = right.xFx;
+    // The fill rule floors X - 1: walk X - 1.
+    int64_t xl = left.xFx - 1, xr = right.xFx - 1;
     const int64_t stepL = left.stepFx, stepR = right.stepFx;
-    for (; r < r1; ++r) {
-        int64_t first = FxFloor(xl - 1);
-        int64_t end = FxFloor(xr - 1);
+    uint16_t* tileRow = words + static_cast<ptrdiff_t>(r0 >> kSubShift) * width;
+    int32_t subRow = static_cast<int32_t>(r0 & kSubMask);
+    for (int64_t n = r1 - r0; n > 0; --n) {
+        int64_t first = FxFloor(xl);
+        int64_t end = FxFloor(xr);
         int64_t tile = first & ~int64_t{kSubMask};  // also the tile's word offset
         if constexpr (kColumns == Columns::kClamp) {
             first = std::max<int64_t>(first, 0);
@@ -127,32 +125,35 @@ inline void WalkPreparedPart(PreparedEdge& left, PreparedEdge& right, int64_t r0
             // its masked write goes to the last tile with nothing in the mask.
             tile = std::min<int64_t>(first & ~int64_t{kSubMask}, (width - 1) & ~kSubMask);
         }
+        uint16_t* rowBase = tileRow + subRow;
         if (end - tile > kSubPerPx) {
             FillSpanWords(rowBase, static_cast<int32_t>(first), static_cast<int32_t>(end), op);
         } else {
-            const int64_t from = std::min<int64_t>(first - tile, kSubPerPx);
-            const int64_t to = std::max<int64_t>(end - tile, 0);
+            const int64_t from =
+                kColumns == Columns::kClamp ? std::min<int64_t>(first - tile, kSubPerPx)
+                                            : first & kSubMask;
             uint16_t* w = rowBase + tile;
-            *w = op.Part(*w, kSpanMasks[from][to]);
+            *w = op.Part(*w, kSpanMasks[from][std::max<int64_t>(end - tile, 0)]);
         }
         xl += stepL;
         xr += stepR;
-        rowBase += (r & kSubMask) == kSubMask ? width - kSubMask : 1;
+        if (++subRow == kSubPerPx) {
+            subRow = 0;
+            tileRow += width;
+        }
     }
-    left.xFx = xl;
-    right.xFx = xr;
+    left.xFx = xl + 1;
+    right.xFx = xr + 1;
 }
 
-// The upper and lower parts of a triangle between its long edge and its
-// short edges, as WalkTriangle splits them.
+// The upper part (rows [begin, split), long edge against the upper edge)
+// and the lower part ([split, end), against the lower edge), as
+// WalkTriangle splits them; the long edge runs through both.
 template <Columns kColumns, class WordOp>
-inline void WalkPreparedParts(const PreparedVertex& top, const PreparedVertex& mid,
-                              const PreparedVertex& bot, bool longIsLeft, int64_t begin,
-                              int64_t split, int64_t end, uint16_t* words, int32_t width,
-                              const WordOp& op) {
-    PreparedEdge longEdge(top, bot, begin, end - begin);
+inline void WalkPreparedParts(PreparedEdge longEdge, PreparedEdge upper, PreparedEdge lower,
+                              bool longIsLeft, int64_t begin, int64_t split, int64_t end,
+                              uint16_t* words, int32_t width, const WordOp& op) {
     if (begin < split) {
-        PreparedEdge upper(top, mid, begin, split - begin);
         if (longIsLeft) {
             WalkPreparedPart<kColumns>(longEdge, upper, begin, split, words, width, op);
         } else {
@@ -160,7 +161,6 @@ inline void WalkPreparedParts(const PreparedVertex& top, const PreparedVertex& m
         }
     }
     if (split < end) {
-        PreparedEdge lower(mid, bot, split, end - split);
         if (longIsLeft) {
             WalkPreparedPart<kColumns>(longEdge, lower, split, end, words, width, op);
         } else {
@@ -191,14 +191,18 @@ inline void WalkPreparedTriangle(const PreparedVertex& v0, const PreparedVertex&
     if (a > -kMinDoubleArea && a < kMinDoubleArea) return;
     const int64_t split = std::clamp<int64_t>(FxCeil(mid.yFx), begin, end);
     const bool longIsLeft = a > 0.0;
+    // All edges are set up before the walk so that their divisions overlap.
+    const PreparedEdge longEdge = SetUpEdge(top, bot, begin);
+    const PreparedEdge upper = begin < split ? SetUpEdge(top, mid, begin) : PreparedEdge{};
+    const PreparedEdge lower = split < end ? SetUpEdge(mid, bot, split) : PreparedEdge{};
     const int64_t minX = std::min({v0.xFx, v1.xFx, v2.xFx});
     const int64_t maxX = std::max({v0.xFx, v1.xFx, v2.xFx});
     if (minX >= 1 && FxFloor(maxX - 1) <= w.width - 1) {
-        WalkPreparedParts<Columns::kInside>(top, mid, bot, longIsLeft, begin, split, end, words,
-                                            w.width, op);
+        WalkPreparedParts<Columns::kInside>(longEdge, upper, lower, longIsLeft, begin, split, end,
+                                            words, w.width, op);
     } else {
-        WalkPreparedParts<Columns::kClamp>(top, mid, bot, longIsLeft, begin, split, end, words,
-                                           w.width, op);
+        WalkPreparedParts<Columns::kClamp>(longEdge, upper, lower, longIsLeft, begin, split, end,
+                                           words, w.width, op);
     }
 }
 
