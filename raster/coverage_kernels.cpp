@@ -112,8 +112,19 @@ void PreparedGeneralKernelImpl(const CoverageTarget& t, const PreparedVertex& a,
     RasterizePrepared(a, b, c, t.words, window, MappedWords{*t.byteMap});
 }
 
+template <uint32_t K>
+void UnionConstantKernelT(const CoverageTarget& t, CUnionScan& chunk) {
+    chunk.Scan(t.words, ConstantWords<K>{});
+}
+
+void UnionGeneralKernelImpl(const CoverageTarget& t, CUnionScan& chunk) {
+    assert(t.byteMap != nullptr && "the rasterizer always binds its byte table");
+    chunk.Scan(t.words, MappedWords{*t.byteMap});
+}
+
 template <uint32_t... K>
 struct KernelTables {
+    static constexpr UnionCoverageKernel kUnion[] = {UnionConstantKernelT<K>...};
     static constexpr CoverageKernel kFast[] = {ConstantKernelT<K>...};
     static constexpr PreparedCoverageKernel kPrepared[] = {PreparedConstantKernelT<K>...};
     static constexpr CoverageKernel kPlain[] = {ConstantKernelPlainT<K>...};
@@ -170,12 +181,27 @@ PreparedCoverageKernel PreparedConstantKernel(uint32_t k) {
 
 PreparedCoverageKernel PreparedGeneralKernel() { return PreparedGeneralKernelImpl; }
 
+UnionCoverageKernel UnionConstantKernel(uint32_t k) {
+    assert(k <= kNibbleMask);
+    return AllKernels::kUnion[k & kNibbleMask];
+}
+
+UnionCoverageKernel UnionGeneralKernel() { return UnionGeneralKernelImpl; }
+
 void BuildNibbleTables(const uint8_t* map, NibbleTables& tables) {
     for (int pos = 0; pos < kSubPerPx; ++pos) {
         for (int v = 0; v < 16; ++v) {
             tables[pos][v] = static_cast<uint16_t>((map[v] & kNibbleMask) << NibbleShift(pos));
         }
     }
+}
+
+bool IsIdempotentMap(const uint8_t* map) {
+    for (int v = 0; v < 16; ++v) {
+        const uint8_t once = map[v] & kNibbleMask;
+        if ((map[once] & kNibbleMask) != once) return false;
+    }
+    return true;
 }
 
 void BuildByteMapTable(const uint8_t* map, ByteMapTable& table) {

@@ -30,6 +30,7 @@
 
 #include "raster/prepared_triangle.h"
 #include "raster/triangle_walk.h"
+#include "raster/union_scan.h"
 
 namespace tr {
 
@@ -50,6 +51,9 @@ struct CoverageTarget {
 using CoverageKernel = void (*)(const CoverageTarget& target, const ScreenTriangle& tri);
 using PreparedCoverageKernel = void (*)(const CoverageTarget& target, const PreparedVertex& a,
                                         const PreparedVertex& b, const PreparedVertex& c);
+// Writes the union of a chunk of triangles (union_scan.h); only for
+// idempotent maps.
+using UnionCoverageKernel = void (*)(const CoverageTarget& target, CUnionScan& chunk);
 
 // Word-store kernels (the ones the rasterizer uses).
 CoverageKernel ConstantCoverageKernel(uint32_t k);
@@ -60,6 +64,8 @@ CoverageKernel GeneralCoverageKernel();
 // the general map.
 PreparedCoverageKernel PreparedConstantKernel(uint32_t k);
 PreparedCoverageKernel PreparedGeneralKernel();
+UnionCoverageKernel UnionConstantKernel(uint32_t k);
+UnionCoverageKernel UnionGeneralKernel();
 
 // Span writers, exposed for tests; rowBase points at the row's first word.
 void FillSpanConstant(uint16_t* rowBase, int32_t x0, int32_t x1, uint32_t k);
@@ -70,5 +76,7 @@ void FillSpanGeneralWords(uint16_t* rowBase, int32_t x0, int32_t x1, const ByteM
 // Builds the four pre-shifted tables from a 16-entry map (entries 0-15).
 void BuildNibbleTables(const uint8_t* map, NibbleTables& tables);
 void BuildByteMapTable(const uint8_t* map, ByteMapTable& table);
+// Whether map[map[v]] = map[v] for every v: drawing twice is drawing once.
+bool IsIdempotentMap(const uint8_t* map);
 
 }  // namespace tr

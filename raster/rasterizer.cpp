@@ -47,6 +47,7 @@ CRasterizer_::CRasterizer_()
       mapIsConstant_(false),
       plainKernels_(false),
       preparedKernel_(tr::PreparedGeneralKernel()),
+      unionKernel_(nullptr),
       byteMap_{},
       stripPrepared_{},
       stripPreparedMask_(0),
@@ -96,6 +97,7 @@ double* CRasterizer_::Init(uint16_t* coverage, uint32_t /*reserved0*/, int32_t w
     mapIsConstant_ = false;
     spanKernel_ = tr::GeneralCoverageKernel();
     preparedKernel_ = tr::PreparedGeneralKernel();
+    unionKernel_ = nullptr;
     return modelView_;
 }
 
@@ -105,19 +107,16 @@ void CRasterizer_::SetNibbleMap(const uint8_t* map) {
     mapIsConstant_ = true;
     for (int i = 1; i < 16; ++i) mapIsConstant_ = mapIsConstant_ && map[i] == map[0];
     constantValue_ = static_cast<uint8_t>(map[0] & tr::kNibbleMask);
-    UsePlainKernels(plainKernels_);
+    spanKernel_ = mapIsConstant_ ? tr::ConstantCoverageKernelPlain(constantValue_)
+                                 : tr::GeneralCoverageKernel();
+    preparedKernel_ = mapIsConstant_ ? tr::PreparedConstantKernel(constantValue_)
+                                     : tr::PreparedGeneralKernel();
+    unionKernel_ = mapIsConstant_          ? tr::UnionConstantKernel(constantValue_)
+                   : tr::IsIdempotentMap(map) ? tr::UnionGeneralKernel()
+                                              : nullptr;
 }
 
-void CRasterizer_::UsePlainKernels(bool plain) {
-    plainKernels_ = plain;
-    if (!mapIsConstant_) {
-        spanKernel_ = tr::GeneralCoverageKernel();
-        preparedKernel_ = tr::PreparedGeneralKernel();
-    } else {
-        spanKernel_ = tr::ConstantCoverageKernelPlain(constantValue_);
-        preparedKernel_ = tr::PreparedConstantKernel(constantValue_);
-    }
-}
+void CRasterizer_::UsePlainKernels(bool plain) { plainKernels_ = plain; }
 
 void CRasterizer_::VertexPointer(uint32_t size, uint32_t /*type*/, uint32_t stride,
                                  const void* pointer) {
@@ -156,11 +155,18 @@ uint32_t CRasterizer_::NextVertexGeneration() {
     return vertexGeneration_;
 }
 
+// With an idempotent map the triangles whose vertices are all cached and
+// walkable go to the union scan, chunk by chunk; the others (and all of
+// them with other maps, or once a chunk shows that the triangles do not
+// share their edges) are walked at once. With such a map the order in
+// which sub-samples are drawn does not matter.
 void CRasterizer_::DrawIndexedPrepared(uint32_t count, const uint32_t* indices, double dx,
                                        double dy) {
     const uint32_t generation = NextVertexGeneration();
     const tr::CoverageTarget target = CoverageTargetOf();
     const tr::PreparedCoverageKernel kernel = preparedKernel_;
+    bool unite = unionKernel_ != nullptr;
+    if (unite) unionScan_.Begin(width_, height_);
     auto prepare = [&](uint32_t index) {
         const double* v = VertexAt(index);
         float x, y;
@@ -170,11 +176,13 @@ void CRasterizer_::DrawIndexedPrepared(uint32_t count, const uint32_t* indices, 
     for (uint32_t i = 0; i + 3 <= count; i += 3) {
         tr::PreparedVertex uncached[3];
         const tr::PreparedVertex* v[3];
+        bool cached = true;
         for (int k = 0; k < 3; ++k) {
             const uint32_t index = indices[i + k];
             if (index >= kVertexCacheSize) {
                 uncached[k] = prepare(index);
                 v[k] = &uncached[k];
+                cached = false;
                 continue;
             }
             if (vertexStamps_[index] != generation) {
@@ -183,7 +191,35 @@ void CRasterizer_::DrawIndexedPrepared(uint32_t count, const uint32_t* indices, 
             }
             v[k] = &vertexCache_[index];
         }
-        kernel(target, *v[0], *v[1], *v[2]);
+        if (!unite || !cached || !v[0]->walkable || !v[1]->walkable || !v[2]->walkable) {
+            kernel(target, *v[0], *v[1], *v[2]);
+            continue;
+        }
+        const uint32_t* t = indices + i;
+        if (!unionScan_.Add(*v[0], *v[1], *v[2], t[0], t[1], t[2])) {
+            FlushUnion(target);
+            unionScan_.Begin(width_, height_);
+            (void)unionScan_.Add(*v[0], *v[1], *v[2], t[0], t[1], t[2]);
+        }
+        if (!unionScan_.Promising()) {  // triangles that share no edges: walk them
+            FlushUnion(target);
+            unite = false;
+        }
+    }
+    if (unite) FlushUnion(target);
+}
+
+// Scans the chunk as one region when that is cheaper, else walks its
+// triangles; their vertices are still in the cache.
+void CRasterizer_::FlushUnion(const tr::CoverageTarget& target) {
+    if (unionScan_.Empty()) return;
+    if (unionScan_.ScanPays()) {
+        unionKernel_(target, unionScan_);
+        return;
+    }
+    for (uint32_t i = 0; i < unionScan_.TriangleCount(); ++i) {
+        const uint32_t* t = unionScan_.Triangle(i);
+        preparedKernel_(target, vertexCache_[t[0]], vertexCache_[t[1]], vertexCache_[t[2]]);
     }
 }
 

@@ -99,6 +99,7 @@ private:
     void FillCoverage(tr::ScreenTriangle t) const;
     void DrawIndexedCoverage(uint32_t count, const uint32_t* indices, double dx, double dy);
     void DrawIndexedPrepared(uint32_t count, const uint32_t* indices, double dx, double dy);
+    void FlushUnion(const tr::CoverageTarget& target);
     // A screen vertex (transformed, tapered) ready for the prepared kernels.
     tr::PreparedVertex PrepareScreenVertex(float x, float y) const;
     tr::CoverageTarget CoverageTargetOf() const;
@@ -157,12 +158,14 @@ private:
     // generation; indices beyond the cache are prepared per use).
     static constexpr uint32_t kVertexCacheSize = 1024;
     tr::PreparedCoverageKernel preparedKernel_;
+    tr::UnionCoverageKernel unionKernel_;  // null unless the map is idempotent
     tr::ByteMapTable byteMap_;
     tr::PreparedVertex stripPrepared_[4];
     uint32_t stripPreparedMask_;
     uint32_t vertexGeneration_;
     uint32_t vertexStamps_[kVertexCacheSize];
     tr::PreparedVertex vertexCache_[kVertexCacheSize];
+    tr::CUnionScan unionScan_;
 
     // Depth-band state.
     tr::BandPlan bands_;

@@ -342,21 +342,49 @@ protected:
 
 // Meshes of shared vertices, some larger than the vertex cache, drawn
 // plain and offset, again from another array with the same indices, and
-// again after the transform changed.
+// again after the transform changed. Half are jittered grids, whose
+// triangles share their edges as a glyph's triangulation does; the others
+// pick their vertices at random.
 TEST_F(PreparedPath, RandomMeshesMatchPlainPath) {
     std::mt19937 seeds(2718);
     for (int n = 0; n < 1500; ++n) {
         const uint32_t seed = seeds();
         std::mt19937 rng(seed);
+        std::uniform_real_distribution<double> u(0.0, 1.0);
         Pair p(n % 2 ? 64 : 100, n % 3 ? 64 : 36);
         Configure(p, rng);
-        const uint32_t vertices = n % 10 == 0 ? 1100 + rng() % 400 : 3 + rng() % 60;
+        const bool grid = n % 2 == 0;
+        const uint32_t cols = 1 + rng() % (n % 10 == 0 ? 40 : 12), rows = 1 + rng() % 30;
+        const uint32_t vertices =
+            grid ? (cols + 1) * (rows + 1) : n % 10 == 1 ? 1100 + rng() % 400 : 3 + rng() % 60;
         const uint32_t stride = rng() % 2 ? 3 : 2;  // doubles per vertex
         std::vector<double> a(vertices * stride), b(vertices * stride);
-        for (double& v : a) v = Coordinate(rng, 45);
-        for (double& v : b) v = Coordinate(rng, 45);
-        std::vector<uint32_t> idx(3 * (1 + rng() % 80) + rng() % 3);
-        for (uint32_t& i : idx) i = rng() % vertices;
+        const double cell = 0.3 + u(rng) * 6.0;
+        for (uint32_t v = 0; v < vertices; ++v) {
+            for (auto* array : {&a, &b}) {
+                double* xy = array->data() + v * stride;
+                if (grid) {
+                    xy[0] = -30 + (v % (cols + 1)) * cell + (u(rng) - 0.5) * cell * 0.8;
+                    xy[1] = -30 + (v / (cols + 1)) * cell + (u(rng) - 0.5) * cell * 0.8;
+                } else {
+                    xy[0] = Coordinate(rng, 45);
+                    xy[1] = Coordinate(rng, 45);
+                }
+            }
+        }
+        std::vector<uint32_t> idx;
+        if (grid) {
+            for (uint32_t r = 0; r < rows; ++r) {
+                for (uint32_t c = 0; c < cols; ++c) {
+                    const uint32_t v0 = r * (cols + 1) + c, v1 = v0 + 1;
+                    const uint32_t v2 = v0 + cols + 1, v3 = v2 + 1;
+                    idx.insert(idx.end(), {v0, v1, v3, v0, v3, v2});
+                }
+            }
+        } else {
+            idx.resize(3 * (1 + rng() % 80) + rng() % 3);
+            for (uint32_t& i : idx) i = rng() % vertices;
+        }
         const auto count = static_cast<uint32_t>(idx.size());
         const double dx = rng() % 2 ? 0.0 : Coordinate(rng, 9), dy = Coordinate(rng, 9);
         p.Both([&](CRasterizer_& r) {
