@@ -92,12 +92,15 @@ inline PreparedEdge SetUpEdge(const PreparedVertex& a, const PreparedVertex& b, 
 // it the caller guarantees 0 <= first and end <= width - 1 on every row.
 enum class Columns { kInside, kClamp };
 
-// Rows [r0, r1) (inside the map) between a left and a right edge; leaves
-// both edges on row r1. A row's words are those of its tile row (width
-// words) plus its sub-row.
+// Rows [begin, end) (inside the map) of a triangle: the long edge against
+// the upper edge above `split` and against the lower edge from `split` on,
+// as WalkTriangle splits them, in one loop. A row's words are those of its
+// tile row (width words) plus its sub-row.
 template <Columns kColumns, class WordOp>
-inline void WalkPreparedPart(PreparedEdge& left, PreparedEdge& right, int64_t r0, int64_t r1,
-                             uint16_t* words, int32_t width, const WordOp& op) {
+inline void WalkPreparedRows(const PreparedEdge& longEdge, const PreparedEdge& upper,
+                             const PreparedEdge& lower, bool longIsLeft, int64_t begin,
+                             int64_t split, int64_t end, uint16_t* words, int32_t width,
+                             const WordOp& op) {
     // kSpanMasks[from][to]: nibbles [from, to) of a tile word; from = 4
     // (a span starting past the map) masks nothing.
     static constexpr uint16_t kSpanMasks[5][5] = {
@@ -108,63 +111,44 @@ inline void WalkPreparedPart(PreparedEdge& left, PreparedEdge& right, int64_t r0
         {0, 0, 0, 0, NibbleRangeMask(3, 4)},
         {0, 0, 0, 0, 0},
     };
-    assert(r0 >= 0 && width >= kSubPerPx && "the caller skips empty maps");
+    assert(begin >= 0 && width >= kSubPerPx && "the caller skips empty maps");
     // The fill rule floors X - 1: walk X - 1.
-    int64_t xl = left.xFx - 1, xr = right.xFx - 1;
-    const int64_t stepL = left.stepFx, stepR = right.stepFx;
-    uint16_t* tileRow = words + static_cast<ptrdiff_t>(r0 >> kSubShift) * width;
-    int32_t subRow = static_cast<int32_t>(r0 & kSubMask);
-    for (int64_t n = r1 - r0; n > 0; --n) {
+    const PreparedEdge& upperLeft = longIsLeft ? longEdge : upper;
+    const PreparedEdge& upperRight = longIsLeft ? upper : longEdge;
+    int64_t xl = upperLeft.xFx - 1, stepL = upperLeft.stepFx;
+    int64_t xr = upperRight.xFx - 1, stepR = upperRight.stepFx;
+    uint16_t* tileRow = words + static_cast<ptrdiff_t>(begin >> kSubShift) * width;
+    int32_t subRow = static_cast<int32_t>(begin & kSubMask);
+    for (int64_t r = begin; r < end; ++r) {
+        if (r == split) {  // the lower edge takes over from the upper one
+            (longIsLeft ? xr : xl) = lower.xFx - 1;
+            (longIsLeft ? stepR : stepL) = lower.stepFx;
+        }
         int64_t first = FxFloor(xl);
-        int64_t end = FxFloor(xr);
+        int64_t last = FxFloor(xr);  // exclusive
         int64_t tile = first & ~int64_t{kSubMask};  // also the tile's word offset
         if constexpr (kColumns == Columns::kClamp) {
             first = std::max<int64_t>(first, 0);
-            end = std::min<int64_t>(end, width);
-            // A span starting past the map is empty (end <= width <= first);
+            last = std::min<int64_t>(last, width);
+            // A span starting past the map is empty (last <= width <= first);
             // its masked write goes to the last tile with nothing in the mask.
             tile = std::min<int64_t>(first & ~int64_t{kSubMask}, (width - 1) & ~kSubMask);
         }
         uint16_t* rowBase = tileRow + subRow;
-        if (end - tile > kSubPerPx) {
-            FillSpanWords(rowBase, static_cast<int32_t>(first), static_cast<int32_t>(end), op);
+        if (last - tile > kSubPerPx) {
+            FillSpanWords(rowBase, static_cast<int32_t>(first), static_cast<int32_t>(last), op);
         } else {
             const int64_t from =
                 kColumns == Columns::kClamp ? std::min<int64_t>(first - tile, kSubPerPx)
                                             : first & kSubMask;
             uint16_t* w = rowBase + tile;
-            *w = op.Part(*w, kSpanMasks[from][std::max<int64_t>(end - tile, 0)]);
+            *w = op.Part(*w, kSpanMasks[from][std::max<int64_t>(last - tile, 0)]);
         }
         xl += stepL;
         xr += stepR;
         if (++subRow == kSubPerPx) {
             subRow = 0;
             tileRow += width;
-        }
-    }
-    left.xFx = xl + 1;
-    right.xFx = xr + 1;
-}
-
-// The upper part (rows [begin, split), long edge against the upper edge)
-// and the lower part ([split, end), against the lower edge), as
-// WalkTriangle splits them; the long edge runs through both.
-template <Columns kColumns, class WordOp>
-inline void WalkPreparedParts(PreparedEdge longEdge, PreparedEdge upper, PreparedEdge lower,
-                              bool longIsLeft, int64_t begin, int64_t split, int64_t end,
-                              uint16_t* words, int32_t width, const WordOp& op) {
-    if (begin < split) {
-        if (longIsLeft) {
-            WalkPreparedPart<kColumns>(longEdge, upper, begin, split, words, width, op);
-        } else {
-            WalkPreparedPart<kColumns>(upper, longEdge, begin, split, words, width, op);
-        }
-    }
-    if (split < end) {
-        if (longIsLeft) {
-            WalkPreparedPart<kColumns>(longEdge, lower, split, end, words, width, op);
-        } else {
-            WalkPreparedPart<kColumns>(lower, longEdge, split, end, words, width, op);
         }
     }
 }
@@ -198,11 +182,11 @@ inline void WalkPreparedTriangle(const PreparedVertex& v0, const PreparedVertex&
     const int64_t minX = std::min({v0.xFx, v1.xFx, v2.xFx});
     const int64_t maxX = std::max({v0.xFx, v1.xFx, v2.xFx});
     if (minX >= 1 && FxFloor(maxX - 1) <= w.width - 1) {
-        WalkPreparedParts<Columns::kInside>(longEdge, upper, lower, longIsLeft, begin, split, end,
-                                            words, w.width, op);
-    } else {
-        WalkPreparedParts<Columns::kClamp>(longEdge, upper, lower, longIsLeft, begin, split, end,
+        WalkPreparedRows<Columns::kInside>(longEdge, upper, lower, longIsLeft, begin, split, end,
                                            words, w.width, op);
+    } else {
+        WalkPreparedRows<Columns::kClamp>(longEdge, upper, lower, longIsLeft, begin, split, end,
+                                          words, w.width, op);
     }
 }
 

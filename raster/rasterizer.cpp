@@ -94,6 +94,7 @@ double* CRasterizer_::Init(uint16_t* coverage, uint32_t /*reserved0*/, int32_t w
     vertexCount_ = 0;
     taperX_ = taperY_ = 0.0f;
     taperDistX_ = taperDistY_ = 0.0;
+    stripPreparedMask_ = 0;
     mapIsConstant_ = false;
     spanKernel_ = tr::GeneralCoverageKernel();
     preparedKernel_ = tr::PreparedGeneralKernel();
@@ -297,10 +298,13 @@ void CRasterizer_::FillPreparedQuad() {
     }
     if (coverage_ == nullptr) return;
     const tr::CoverageTarget target = CoverageTargetOf();
-    if (FirstQuadTriangle() == 0) {
-        preparedKernel_(target, stripPrepared_[0], stripPrepared_[1], stripPrepared_[2]);
-    }
-    preparedKernel_(target, stripPrepared_[3], stripPrepared_[1], stripPrepared_[2]);
+    // A triangle with two equal corners has area 0 and draws nothing: the
+    // first triangle when a and b coincide, or (along a join's fan, where
+    // every pair starts at the same point) a and c.
+    const tr::PreparedVertex *a = &stripPrepared_[0], *b = &stripPrepared_[1];
+    const tr::PreparedVertex *c = &stripPrepared_[2], *d = &stripPrepared_[3];
+    if (FirstQuadTriangle() == 0 && (a->x != c->x || a->y != c->y)) preparedKernel_(target, *a, *b, *c);
+    if (b->x != d->x || b->y != d->y) preparedKernel_(target, *d, *b, *c);
 }
 
 void CRasterizer_::Vertex2d(double x, double y) {

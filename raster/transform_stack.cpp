@@ -85,6 +85,8 @@ void CRasterizer_::SetTaper(float horizontal, float vertical) {
     taperY_ = vertical;
     taperDistX_ = horizontal != 0.0f ? height_ * 100.0 / std::fabs(horizontal) : 0.0;
     taperDistY_ = vertical != 0.0f ? width_ * 100.0 / std::fabs(vertical) : 0.0;
+    // The kept pair of a strip is tapered when its next quad is filled.
+    stripPreparedMask_ = 0;
 }
 
 // h > 0 narrows the figure towards the bottom of the map, h < 0 towards the

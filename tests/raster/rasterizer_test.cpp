@@ -401,8 +401,9 @@ TEST_F(PreparedPath, RandomMeshesMatchPlainPath) {
 }
 
 // Strips with fans (pairs sharing their first vertex), repeated pairs,
-// far and non-finite points, a map change and band-strip vertices in the
-// middle (they share the strip's vertex store).
+// far and non-finite points, and in the middle a map change, a taper
+// change (the kept pair is tapered anew) and band-strip vertices (they
+// share the strip's vertex store).
 TEST_F(PreparedPath, RandomStripsMatchPlainPath) {
     std::mt19937 seeds(1618);
     for (int n = 0; n < 1500; ++n) {
@@ -412,6 +413,7 @@ TEST_F(PreparedPath, RandomStripsMatchPlainPath) {
         Configure(p, rng);
         uint8_t second[16];
         RandomMap(rng, second);
+        const float taperH = static_cast<float>(rng() % 40) - 20.0f;
         for (int strip = 0; strip < 3; ++strip) {
             const int pairs = 2 + static_cast<int>(rng() % 40);
             std::vector<std::array<double, 4>> pts(pairs);
@@ -429,6 +431,7 @@ TEST_F(PreparedPath, RandomStripsMatchPlainPath) {
                 r.Begin();
                 for (int i = 0; i < pairs; ++i) {
                     if (what[i] == 5) r.SetNibbleMap(second);
+                    if (what[i] == 7) r.SetTaper(taperH, -taperH);
                     if (what[i] == 6) {
                         r.BandVertex(pts[i][0], pts[i][1]);
                     } else {
