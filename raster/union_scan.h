@@ -55,7 +55,7 @@ inline RowRange InvertedRows(int64_t d0, int64_t d1, int64_t slope, int64_t r0, 
 
 class CUnionScan {
 public:
-    static constexpr uint32_t kMaxTriangles = 256;
+    static constexpr uint32_t kMaxTriangles = 128;
     static constexpr uint32_t kProbeTriangles = 32;
 
     // Starts an empty chunk for a map of the given size (sub-samples).
