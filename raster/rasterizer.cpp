@@ -49,6 +49,7 @@ CRasterizer_::CRasterizer_()
       preparedKernel_(tr::PreparedGeneralKernel()),
       unionKernel_(nullptr),
       byteMap_{},
+      byteMapStale_(false),
       stripPrepared_{},
       stripPreparedMask_(0),
       vertexGeneration_(0),
@@ -99,14 +100,24 @@ double* CRasterizer_::Init(uint16_t* coverage, uint32_t /*reserved0*/, int32_t w
     spanKernel_ = tr::GeneralCoverageKernel();
     preparedKernel_ = tr::PreparedGeneralKernel();
     unionKernel_ = nullptr;
+    if (byteMapStale_) {
+        // The map is still in the tables: position 3 holds it unshifted.
+        uint8_t map[16];
+        for (int v = 0; v < 16; ++v) map[v] = static_cast<uint8_t>(nibbleTables_[tr::kSubMask][v]);
+        tr::BuildByteMapTable(map, byteMap_);
+        byteMapStale_ = false;
+    }
     return modelView_;
 }
 
 void CRasterizer_::SetNibbleMap(const uint8_t* map) {
     tr::BuildNibbleTables(map, nibbleTables_);
-    tr::BuildByteMapTable(map, byteMap_);
     mapIsConstant_ = true;
     for (int i = 1; i < 16; ++i) mapIsConstant_ = mapIsConstant_ && map[i] == map[0];
+    // Only the general kernels read the byte table; a constant map leaves
+    // it to Init, which selects the general kernel.
+    byteMapStale_ = mapIsConstant_;
+    if (!byteMapStale_) tr::BuildByteMapTable(map, byteMap_);
     constantValue_ = static_cast<uint8_t>(map[0] & tr::kNibbleMask);
     spanKernel_ = mapIsConstant_ ? tr::ConstantCoverageKernelPlain(constantValue_)
                                  : tr::GeneralCoverageKernel();

@@ -160,6 +160,7 @@ private:
     tr::PreparedCoverageKernel preparedKernel_;
     tr::UnionCoverageKernel unionKernel_;  // null unless the map is idempotent
     tr::ByteMapTable byteMap_;
+    bool byteMapStale_;  // byteMap_ lags the tables (the map is constant)
     tr::PreparedVertex stripPrepared_[4];
     uint32_t stripPreparedMask_;
     uint32_t vertexGeneration_;

@@ -98,6 +98,43 @@ TEST(Rasterizer, ConstantMapOverwritesAndOneChangedEntrySelectsGeneralKernel) {
     }
 }
 
+// Init selects the general kernel but keeps the last map: after a constant
+// map, Init and a draw still write that constant, on both paths.
+TEST(Rasterizer, InitKeepsTheLastMapForTheGeneralKernel) {
+    uint8_t shuffle[16], six[16];
+    for (int v = 0; v < 16; ++v) shuffle[v] = static_cast<uint8_t>((v * 5 + 1) % 16);
+    Fill(six, 6);
+    const double v[3][2] = {{2, 2}, {30, 5}, {8, 29}};
+    const uint32_t idx[3] = {0, 1, 2};
+    for (const bool plain : {false, true}) {
+        GuardedMap map(32, 32);
+        CRasterizer_ r;
+        r.UsePlainKernels(plain);
+        r.SetNibbleMap(shuffle);
+        r.SetNibbleMap(six);
+        r.Init(map.Words(), 0, 32, 32, 0);
+        for (int32_t y = 0; y < 32; ++y)
+            for (int32_t x = 0; x < 32; ++x) map.Set(x, y, (x * 3 + y) % 16);
+        const GuardedMap before = map;
+        r.Viewport(0, 0, 2, 2);
+        r.MatrixMode(kGlProjection);
+        r.LoadIdentity();
+        r.Translate(-1, -1, 0);
+        r.MatrixMode(kGlModelView);
+        r.LoadIdentity();
+        r.VertexPointer(2, 0, 16, v);
+        r.DrawIndexed(4, 3, 0, idx);
+        const float xs[3] = {2, 30, 8}, ys[3] = {2, 5, 29};
+        const FillRuleOracle oracle(xs, ys);
+        for (int32_t y = 0; y < 32; ++y) {
+            for (int32_t x = 0; x < 32; ++x) {
+                ASSERT_EQ(map.At(x, y), oracle.Covers(x, y) ? 6u : before.At(x, y))
+                    << x << ", " << y << (plain ? " plain" : "");
+            }
+        }
+    }
+}
+
 TEST(Rasterizer, DrawIndexedDropsIncompleteTriangle) {
     // Three disjoint triangles in 24-byte points; count 7 draws two.
     const Point3 pts[9] = {{2, 2, 9},  {12, 2, 9},  {2, 12, 9},  {20, 2, 9}, {30, 2, 9},
