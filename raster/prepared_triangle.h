@@ -60,8 +60,9 @@ struct PreparedVertex {
 
 inline PreparedVertex PrepareVertex(float x, float y) {
     PreparedVertex v{x, y, 0, 0, false};
-    v.walkable = std::isfinite(x) && std::isfinite(y) && std::fabs(x) <= kSafeCoord &&
-                 std::fabs(y) <= kSafeCoord;
+    // Comparisons with NaN are false and infinities exceed the bound, so
+    // this also requires both to be finite.
+    v.walkable = std::fabs(x) <= kSafeCoord && std::fabs(y) <= kSafeCoord;
     if (v.walkable) {
         // The reference conversion; |x|, |y| <= 2^24 keeps both below 2^36.
         v.xFx = static_cast<int64_t>((static_cast<double>(x) + 0.5) * kFxScale);
