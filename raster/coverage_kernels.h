@@ -15,14 +15,16 @@
 // Every constant kernel has a plain twin that follows the one-sub-sample-at-
 // a-time definition; both give identical maps.
 //
-// Two families share the span writers. The reference kernels take a
+// Three families share the span writers. The reference kernels take a
 // ScreenTriangle through the reference set-up and walk (triangle_walk.h).
 // The prepared kernels take vertices prepared once (prepared_triangle.h)
 // and write whole tile words where they can: constant k as the pattern
 // k * 0x1111, the general map through a byte table that maps both nibbles
 // of a byte at once (two lookups per word instead of four read-modify-
 // writes). Masking a mapped word to the covered nibbles is the same as
-// mapping those nibbles one at a time, so both families give identical maps.
+// mapping those nibbles one at a time, so both families give identical
+// maps. The union kernels write what a chunk of triangles covers
+// (union_scan.h) with the same word operations, for idempotent maps.
 #pragma once
 
 #include <array>

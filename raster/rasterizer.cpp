@@ -14,7 +14,10 @@
 // small cache indexed by vertex number, per slot in the quad strip - and
 // hands the prepared vertices to the word-store kernels. Both evaluate the
 // same per-vertex expressions, so the prepared values are those the plain
-// twin recomputes for each triangle.
+// twin recomputes for each triangle. When the nibble map is idempotent an
+// indexed draw's triangles go to the union scan (union_scan.h), which
+// writes the region they cover from the edges they do not share; strip
+// quads are always drawn as they come.
 #include <cstring>
 #include <new>
 

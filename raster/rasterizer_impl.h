@@ -6,6 +6,8 @@
 // Project), rasterizer.cpp (life cycle, vertex arrays, coverage drawing and
 // the immediate-mode quad strip), bevel_strips.cpp (strip vertices of the
 // band kernels) and band_passes.cpp (set-up and resolve of the passes).
+// The coverage kernels, the prepared walk and the union scan live in
+// coverage_kernels.cpp, prepared_triangle.h and union_scan.cpp.
 #pragma once
 
 #include <cstdint>
@@ -74,7 +76,8 @@ public:
     // differential tests and benchmarks): every triangle transformed,
     // tapered and set up from scratch through the reference walk, spans
     // written one nibble at a time. The default path prepares each vertex
-    // once per DrawIndexed call or strip slot and writes whole tile words.
+    // once per DrawIndexed call or strip slot, writes whole tile words, and
+    // scans indexed draws as one region when the map is idempotent.
     void UsePlainKernels(bool plain);
     // The light intensity 1..251 of a strip leaving its contour at
     // `direction` (radians) under the current light angle.
