@@ -8,8 +8,6 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
-#include <random>
-#include <vector>
 
 #include "fragment_test_support.h"
 
@@ -191,46 +189,6 @@ TEST(DrawStroke, EveryOffsetVertexIsAtTheStrokeWidth) {
     }
     EXPECT_EQ(strips[0].front().ax, pts[0].x);
     EXPECT_EQ(strips[0].back().ax, pts[0].x);  // the closing edge ends on the first point
-}
-
-// The edge pairs (a, a + w n) and (b, b + w n), n at the edge's direction
-// ∓ π/2, evaluated exactly as written in doubles, on irregular contours
-// with joins of every kind in between: each edge's two pairs are found in
-// the strip bit for bit.
-TEST(DrawStroke, EdgePairsAreTheFormulaBitForBit) {
-    std::mt19937 rng(17);
-    std::uniform_real_distribution<double> u(-50.0, 50.0);
-    for (int n = 0; n < 200; ++n) {
-        std::vector<CPoint3D> pts(3 + rng() % 20);
-        for (CPoint3D& p : pts) p = {u(rng), u(rng), 0};
-        const StrokeSide side = n % 2 ? StrokeSide::Right : StrokeSide::Left;
-        const double w = 0.5 + (u(rng) + 50.0) / 10.0;
-        RecordingRasterizer r;
-        DrawStroke(r, View(pts), w, side, n % 4 < 2);
-        const auto strips = Strips(r.calls);
-        ASSERT_EQ(strips.size(), 1u);
-        const std::vector<Pair>& strip = strips[0];
-        size_t at = 1;  // after the opening pair
-        for (size_t i = 0; i < pts.size(); ++i) {
-            const CPoint3D& a = pts[i];
-            const CPoint3D& b = pts[(i + 1) % pts.size()];
-            double theta = std::atan2(b.y - a.y, b.x - a.x);
-            if (theta < 0.0) theta += 2 * kPi;
-            const double normal = theta + (side == StrokeSide::Right ? -kPi / 2 : kPi / 2);
-            const Pair wantA{a.x, a.y, a.x + w * std::cos(normal), a.y + w * std::sin(normal)};
-            const Pair wantB{b.x, b.y, b.x + w * std::cos(normal), b.y + w * std::sin(normal)};
-            auto same = [](const Pair& p, const Pair& q) {
-                return p.ax == q.ax && p.ay == q.ay && p.bx == q.bx && p.by == q.by;
-            };
-            // Join pairs (if any) come first, then the edge's two pairs.
-            while (at + 1 < strip.size() && !(same(strip[at], wantA) && same(strip[at + 1], wantB))) {
-                ++at;
-            }
-            ASSERT_LT(at + 1, strip.size()) << "contour " << n << " edge " << i;
-            at += 2;
-        }
-        EXPECT_EQ(at, strip.size()) << "contour " << n;
-    }
 }
 
 TEST(DrawStrokeExtrusion, ExtrudesTheStrokesOuterEdgeWithPlainJoins) {

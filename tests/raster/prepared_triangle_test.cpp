@@ -3,6 +3,7 @@
 // beyond the safe range, non-finite) on maps of several sizes, with every
 // covered sub-sample counted so that a double or missing write shows; and
 // the edge positions against exact integer arithmetic across the safe range.
+// (Meshes of slivers are in union_scan_test.cpp.)
 #include "raster/prepared_triangle.h"
 
 #include <gtest/gtest.h>
@@ -130,41 +131,6 @@ TEST(PreparedWalk, RandomTrianglesCountLikeTheReferenceWalk) {
         ASSERT_TRUE(inside) << input;
         ASSERT_TRUE(prepared.GuardsIntact()) << input;
     }
-}
-
-// A mesh of slivers around one centre covers every sub-sample centre
-// strictly inside the fan exactly once, whatever the walk does per row.
-TEST(PreparedWalk, FanOfSliversCoversEachSubSampleOnce) {
-    constexpr double kPi = 3.141592653589793;
-    constexpr int kSpokes = 97;
-    const float cx = 32.3f, cy = 31.7f, radius = 27.0f;
-    GuardedMap m(64, 64);
-    float px[kSpokes], py[kSpokes];
-    for (int i = 0; i < kSpokes; ++i) {
-        px[i] = cx + radius * static_cast<float>(std::cos(2 * kPi * i / kSpokes));
-        py[i] = cy + radius * static_cast<float>(std::sin(2 * kPi * i / kSpokes));
-    }
-    for (int i = 0; i < kSpokes; ++i) {
-        const int j = (i + 1) % kSpokes;
-        const float xs[3] = {cx, px[i], px[j]}, ys[3] = {cy, py[i], py[j]};
-        ASSERT_TRUE(DrawPrepared(m, xs, ys));
-    }
-    int covered = 0;
-    for (int32_t y = 0; y < 64; ++y) {
-        for (int32_t x = 0; x < 64; ++x) {
-            ASSERT_LE(m.At(x, y), 1u) << x << ", " << y;
-            const double d = std::hypot(x + 0.5 - cx, y + 0.5 - cy);
-            // Well inside the 97-gon (its inradius is radius * cos(pi/97)).
-            if (d < radius - 0.5) {
-                ASSERT_EQ(m.At(x, y), 1u) << x << ", " << y;
-            }
-            if (d > radius) {
-                ASSERT_EQ(m.At(x, y), 0u) << x << ", " << y;
-            }
-            covered += m.At(x, y) != 0;
-        }
-    }
-    EXPECT_GT(covered, 2000);
 }
 
 // Edge positions: x0 + (off * dx) / dy + k * ((dx * 2048) / dy) in exact
