@@ -77,7 +77,8 @@ struct PreparedEdge {
     int64_t stepFx = 0;
 };
 
-inline PreparedEdge SetUpEdge(const PreparedVertex& a, const PreparedVertex& b, int64_t row) {
+[[gnu::always_inline]] inline PreparedEdge SetUpEdge(const PreparedVertex& a, const PreparedVertex& b,
+                                                    int64_t row) {
     const int64_t first = FxCeil(a.yFx);
     const double dx = static_cast<double>(b.xFx - a.xFx);
     const double dy = static_cast<double>(b.yFx - a.yFx);

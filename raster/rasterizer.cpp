@@ -157,11 +157,6 @@ void CRasterizer_::FillCoverage(tr::ScreenTriangle t) const {
     spanKernel_(CoverageTargetOf(), t);
 }
 
-tr::PreparedVertex CRasterizer_::PrepareScreenVertex(float x, float y) const {
-    if (taperX_ != 0.0f || taperY_ != 0.0f) TaperVertex(x, y);
-    return tr::PrepareVertex(x, y);
-}
-
 uint32_t CRasterizer_::NextVertexGeneration() {
     if (++vertexGeneration_ == 0) {  // wrapped: forget every stamp
         std::memset(vertexStamps_, 0, sizeof vertexStamps_);

@@ -93,7 +93,7 @@ private:
         uint8_t cd;
     };
 
-    // transform_stack.cpp
+    // transform_stack.cpp (TransformVertex below: every vertex passes it)
     void TransformVertex(double x, double y, float& wx, float& wy) const;
     void ApplyTaper(tr::ScreenTriangle& t) const;
     void TaperVertex(float& x, float& y) const;
@@ -183,3 +183,20 @@ private:
     double sweepX_, sweepY_;
     uint8_t previousIntensity_, currentIntensity_;
 };
+
+// Object (x, y) to screen: model-view and the affine part of the
+// projection in doubles, then the viewport, stored as floats.
+inline void CRasterizer_::TransformVertex(double x, double y, float& wx, float& wy) const {
+    const double* mv = modelView_;
+    const double ex = mv[0] * x + mv[4] * y + mv[12];
+    const double ey = mv[1] * x + mv[5] * y + mv[13];
+    const double cx = ex * projection_[0] + projection_[12];
+    const double cy = ey * projection_[5] + projection_[13];
+    wx = static_cast<float>(cx * scaleX_ + offsetX_);
+    wy = static_cast<float>(cy * scaleY_ + offsetY_);
+}
+
+inline tr::PreparedVertex CRasterizer_::PrepareScreenVertex(float x, float y) const {
+    if (taperX_ != 0.0f || taperY_ != 0.0f) TaperVertex(x, y);
+    return tr::PrepareVertex(x, y);
+}

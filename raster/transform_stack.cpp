@@ -70,16 +70,6 @@ void CRasterizer_::Viewport(float x, float y, float w, float h) {
     offsetY_ = y + h / 2;
 }
 
-void CRasterizer_::TransformVertex(double x, double y, float& wx, float& wy) const {
-    const double* mv = modelView_;
-    const double ex = mv[0] * x + mv[4] * y + mv[12];
-    const double ey = mv[1] * x + mv[5] * y + mv[13];
-    const double cx = ex * projection_[0] + projection_[12];
-    const double cy = ey * projection_[5] + projection_[13];
-    wx = static_cast<float>(cx * scaleX_ + offsetX_);
-    wy = static_cast<float>(cy * scaleY_ + offsetY_);
-}
-
 void CRasterizer_::SetTaper(float horizontal, float vertical) {
     taperX_ = horizontal;
     taperY_ = vertical;
