@@ -5,46 +5,45 @@
 #include <cassert>
 #include <cstddef>
 
+#include "raster/span_words.h"
 #include "raster/triangle_clip.h"
 
 namespace tr {
 namespace {
 
 constexpr uint16_t kWordPatternUnit = 0x1111;  // one in every nibble
-constexpr int32_t kWordsPerTile = kSubPerPx;   // words between tiles of a row
-
-// Mask of nibbles [first, end) of a tile word, 0 <= first < end <= 4.
-constexpr uint16_t NibbleRangeMask(int32_t first, int32_t end) {
-    return static_cast<uint16_t>((0xFFFFu >> (first * kNibbleBits)) &
-                                 ~(0xFFFFu >> (end * kNibbleBits)));
-}
-
-inline uint16_t* WordOf(uint16_t* rowBase, int32_t x) {
-    return rowBase + static_cast<ptrdiff_t>(x >> kSubShift) * kWordsPerTile;
-}
 
 inline uint16_t* RowBase(const CoverageTarget& t, int32_t row) {
     return t.words + static_cast<ptrdiff_t>(row >> kSubShift) * t.width + (row & kSubMask);
 }
 
+// Word operations (span_words.h). Constant k: whole words are stored
+// without reading the map.
 template <uint32_t K>
-void FillSpanConstantT(uint16_t* rowBase, int32_t x0, int32_t x1) {
-    constexpr uint16_t pattern = static_cast<uint16_t>(K * kWordPatternUnit);
-    uint16_t* w = WordOf(rowBase, x0);
-    int32_t x = x0;
-    if ((x & kSubMask) != 0) {  // partial head tile
-        const int32_t end = std::min<int32_t>(x1 - (x & ~kSubMask), kSubPerPx);
-        const uint16_t m = NibbleRangeMask(x & kSubMask, end);
-        *w = static_cast<uint16_t>((*w & ~m) | (pattern & m));
-        x = (x & ~kSubMask) + kSubPerPx;
-        w += kWordsPerTile;
+struct ConstantWords {
+    static constexpr uint16_t kPattern = static_cast<uint16_t>(K * kWordPatternUnit);
+    uint16_t Whole(uint16_t) const { return kPattern; }
+    uint16_t Part(uint16_t old, uint16_t m) const {
+        return static_cast<uint16_t>((old & ~m) | (kPattern & m));
     }
-    // Whole tiles: one store each, the map is not read.
-    for (; x1 - x >= kSubPerPx; x += kSubPerPx, w += kWordsPerTile) *w = pattern;
-    if (x < x1) {  // partial tail tile
-        const uint16_t m = NibbleRangeMask(0, x1 - x);
-        *w = static_cast<uint16_t>((*w & ~m) | (pattern & m));
+};
+
+// The general map, both nibbles of a byte per lookup.
+struct MappedWords {
+    const ByteMapTable& table;
+    uint16_t Whole(uint16_t v) const {
+        constexpr int kByteBits = 8;
+        constexpr uint16_t kByteMask = 0xFF;
+        return static_cast<uint16_t>(table[v >> kByteBits] << kByteBits | table[v & kByteMask]);
     }
+    uint16_t Part(uint16_t old, uint16_t m) const {
+        return static_cast<uint16_t>((old & ~m) | (Whole(old) & m));
+    }
+};
+
+template <uint32_t K>
+inline void FillSpanConstantT(uint16_t* rowBase, int32_t x0, int32_t x1) {
+    FillSpanWords(rowBase, x0, x1, ConstantWords<K>{});
 }
 
 // The definition, step by step: a whole word while more than four
@@ -99,9 +98,35 @@ void GeneralKernel(const CoverageTarget& t, const ScreenTriangle& tri) {
     });
 }
 
+template <uint32_t K>
+void PreparedConstantKernelT(const CoverageTarget& t, const PreparedVertex& a,
+                             const PreparedVertex& b, const PreparedVertex& c) {
+    const WalkWindow window{0, t.height, t.width};
+    RasterizePrepared(a, b, c, t.words, window, ConstantWords<K>{});
+}
+
+void PreparedGeneralKernelImpl(const CoverageTarget& t, const PreparedVertex& a,
+                               const PreparedVertex& b, const PreparedVertex& c) {
+    assert(t.byteMap != nullptr && "the rasterizer always binds its byte table");
+    const WalkWindow window{0, t.height, t.width};
+    RasterizePrepared(a, b, c, t.words, window, MappedWords{*t.byteMap});
+}
+
+template <uint32_t K>
+void UnionConstantKernelT(const CoverageTarget& t, CUnionScan& chunk) {
+    chunk.Scan(t.words, ConstantWords<K>{});
+}
+
+void UnionGeneralKernelImpl(const CoverageTarget& t, CUnionScan& chunk) {
+    assert(t.byteMap != nullptr && "the rasterizer always binds its byte table");
+    chunk.Scan(t.words, MappedWords{*t.byteMap});
+}
+
 template <uint32_t... K>
 struct KernelTables {
+    static constexpr UnionCoverageKernel kUnion[] = {UnionConstantKernelT<K>...};
     static constexpr CoverageKernel kFast[] = {ConstantKernelT<K>...};
+    static constexpr PreparedCoverageKernel kPrepared[] = {PreparedConstantKernelT<K>...};
     static constexpr CoverageKernel kPlain[] = {ConstantKernelPlainT<K>...};
     static constexpr void (*kSpan[])(uint16_t*, int32_t, int32_t) = {FillSpanConstantT<K>...};
     static constexpr void (*kSpanPlain[])(uint16_t*, int32_t, int32_t) = {
@@ -120,6 +145,11 @@ void FillSpanGeneral(uint16_t* rowBase, int32_t x0, int32_t x1, const NibbleTabl
         const uint16_t clear = static_cast<uint16_t>(~(kNibbleMask << shift));
         *w = static_cast<uint16_t>((*w & clear) | tables[pos][old]);
     }
+}
+
+void FillSpanGeneralWords(uint16_t* rowBase, int32_t x0, int32_t x1,
+                          const ByteMapTable& table) {
+    FillSpanWords(rowBase, x0, x1, MappedWords{table});
 }
 
 void FillSpanConstant(uint16_t* rowBase, int32_t x0, int32_t x1, uint32_t k) {
@@ -144,11 +174,40 @@ CoverageKernel ConstantCoverageKernelPlain(uint32_t k) {
 
 CoverageKernel GeneralCoverageKernel() { return GeneralKernel; }
 
+PreparedCoverageKernel PreparedConstantKernel(uint32_t k) {
+    assert(k <= kNibbleMask);
+    return AllKernels::kPrepared[k & kNibbleMask];
+}
+
+PreparedCoverageKernel PreparedGeneralKernel() { return PreparedGeneralKernelImpl; }
+
+UnionCoverageKernel UnionConstantKernel(uint32_t k) {
+    assert(k <= kNibbleMask);
+    return AllKernels::kUnion[k & kNibbleMask];
+}
+
+UnionCoverageKernel UnionGeneralKernel() { return UnionGeneralKernelImpl; }
+
 void BuildNibbleTables(const uint8_t* map, NibbleTables& tables) {
     for (int pos = 0; pos < kSubPerPx; ++pos) {
         for (int v = 0; v < 16; ++v) {
             tables[pos][v] = static_cast<uint16_t>((map[v] & kNibbleMask) << NibbleShift(pos));
         }
+    }
+}
+
+bool IsIdempotentMap(const uint8_t* map) {
+    for (int v = 0; v < 16; ++v) {
+        const uint8_t once = map[v] & kNibbleMask;
+        if ((map[once] & kNibbleMask) != once) return false;
+    }
+    return true;
+}
+
+void BuildByteMapTable(const uint8_t* map, ByteMapTable& table) {
+    for (int b = 0; b < 256; ++b) {
+        table[b] = static_cast<uint8_t>((map[b >> kNibbleBits] & kNibbleMask) << kNibbleBits |
+                                        (map[b & kNibbleMask] & kNibbleMask));
     }
 }
 

@@ -6,6 +6,8 @@
 // Project), rasterizer.cpp (life cycle, vertex arrays, coverage drawing and
 // the immediate-mode quad strip), bevel_strips.cpp (strip vertices of the
 // band kernels) and band_passes.cpp (set-up and resolve of the passes).
+// The coverage kernels, the prepared walk and the union scan live in
+// coverage_kernels.cpp, prepared_triangle.h and union_scan.cpp.
 #pragma once
 
 #include <cstdint>
@@ -70,8 +72,12 @@ public:
     void DrawIndexedOffset(uint32_t mode, uint32_t count, uint32_t type, const uint32_t* indices,
                            double dx, double dy) override;
 
-    // Switches the constant kernels to their one-nibble-at-a-time twins
-    // (identical output; for differential tests and benchmarks).
+    // Switches coverage drawing to its plain twin (identical output; for
+    // differential tests and benchmarks): every triangle transformed,
+    // tapered and set up from scratch through the reference walk, spans
+    // written one nibble at a time. The default path prepares each vertex
+    // once per DrawIndexed call or strip slot, writes whole tile words, and
+    // scans indexed draws as one region when the map is idempotent.
     void UsePlainKernels(bool plain);
     // The light intensity 1..251 of a strip leaving its contour at
     // `direction` (radians) under the current light angle.
@@ -87,13 +93,21 @@ private:
         uint8_t cd;
     };
 
-    // transform_stack.cpp
+    // transform_stack.cpp (TransformVertex below: every vertex passes it)
     void TransformVertex(double x, double y, float& wx, float& wy) const;
     void ApplyTaper(tr::ScreenTriangle& t) const;
+    void TaperVertex(float& x, float& y) const;
 
     // rasterizer.cpp
     void FillCoverage(tr::ScreenTriangle t) const;
     void DrawIndexedCoverage(uint32_t count, const uint32_t* indices, double dx, double dy);
+    void DrawIndexedPrepared(uint32_t count, const uint32_t* indices, double dx, double dy);
+    void FlushUnion(const tr::CoverageTarget& target);
+    // A screen vertex (transformed, tapered) ready for the prepared kernels.
+    tr::PreparedVertex PrepareScreenVertex(float x, float y) const;
+    tr::CoverageTarget CoverageTargetOf() const;
+    void FillPreparedQuad();
+    uint32_t NextVertexGeneration();
     const double* VertexAt(uint32_t index) const;
     bool AppendStripVertex(double x, double y);
     // Triangle 0 (a, b, c) or 1 (d, b, c) of the completed quad; the first
@@ -140,6 +154,23 @@ private:
     bool mapIsConstant_;
     bool plainKernels_;
 
+    // Prepared path: kernel, byte table of the general map, the strip's
+    // prepared vertices (bit i set when slot i is prepared for the current
+    // vertex; band strips append without preparing) and the per-call cache
+    // of indexed vertices (entry i valid when its stamp equals the call's
+    // generation; indices beyond the cache are prepared per use).
+    static constexpr uint32_t kVertexCacheSize = 1024;
+    tr::PreparedCoverageKernel preparedKernel_;
+    tr::UnionCoverageKernel unionKernel_;  // null unless the map is idempotent
+    tr::ByteMapTable byteMap_;
+    bool byteMapStale_;  // byteMap_ lags the tables (the map is constant)
+    tr::PreparedVertex stripPrepared_[4];
+    uint32_t stripPreparedMask_;
+    uint32_t vertexGeneration_;
+    uint32_t vertexStamps_[kVertexCacheSize];
+    tr::PreparedVertex vertexCache_[kVertexCacheSize];
+    tr::CUnionScan unionScan_;
+
     // Depth-band state.
     tr::BandPlan bands_;
     int32_t bandTop_, bandBottom_;  // sub-sample rows held by the buffers
@@ -152,3 +183,20 @@ private:
     double sweepX_, sweepY_;
     uint8_t previousIntensity_, currentIntensity_;
 };
+
+// Object (x, y) to screen: model-view and the affine part of the
+// projection in doubles, then the viewport, stored as floats.
+inline void CRasterizer_::TransformVertex(double x, double y, float& wx, float& wy) const {
+    const double* mv = modelView_;
+    const double ex = mv[0] * x + mv[4] * y + mv[12];
+    const double ey = mv[1] * x + mv[5] * y + mv[13];
+    const double cx = ex * projection_[0] + projection_[12];
+    const double cy = ey * projection_[5] + projection_[13];
+    wx = static_cast<float>(cx * scaleX_ + offsetX_);
+    wy = static_cast<float>(cy * scaleY_ + offsetY_);
+}
+
+inline tr::PreparedVertex CRasterizer_::PrepareScreenVertex(float x, float y) const {
+    if (taperX_ != 0.0f || taperY_ != 0.0f) TaperVertex(x, y);
+    return tr::PrepareVertex(x, y);
+}

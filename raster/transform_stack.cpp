@@ -70,44 +70,38 @@ void CRasterizer_::Viewport(float x, float y, float w, float h) {
     offsetY_ = y + h / 2;
 }
 
-void CRasterizer_::TransformVertex(double x, double y, float& wx, float& wy) const {
-    const double* mv = modelView_;
-    const double ex = mv[0] * x + mv[4] * y + mv[12];
-    const double ey = mv[1] * x + mv[5] * y + mv[13];
-    const double cx = ex * projection_[0] + projection_[12];
-    const double cy = ey * projection_[5] + projection_[13];
-    wx = static_cast<float>(cx * scaleX_ + offsetX_);
-    wy = static_cast<float>(cy * scaleY_ + offsetY_);
-}
-
 void CRasterizer_::SetTaper(float horizontal, float vertical) {
     taperX_ = horizontal;
     taperY_ = vertical;
     taperDistX_ = horizontal != 0.0f ? height_ * 100.0 / std::fabs(horizontal) : 0.0;
     taperDistY_ = vertical != 0.0f ? width_ * 100.0 / std::fabs(vertical) : 0.0;
+    // The kept pair of a strip is tapered when its next quad is filled.
+    stripPreparedMask_ = 0;
 }
 
 // h > 0 narrows the figure towards the bottom of the map, h < 0 towards the
 // top, by h percent at the far edge; v likewise towards the right or left,
 // using the already tapered x.
-void CRasterizer_::ApplyTaper(tr::ScreenTriangle& t) const {
+void CRasterizer_::TaperVertex(float& xOut, float& yOut) const {
     const double cx = width_ / 2.0, cy = height_ / 2.0;
     const double dh = taperDistX_, dv = taperDistY_;
-    for (int i = 0; i < 3; ++i) {
-        double x = t.x[i], y = t.y[i];
-        if (taperX_ > 0.0f) {
-            x = cx + (x - cx) * (dh - y) / dh;
-        } else if (taperX_ < 0.0f) {
-            x = cx + (x - cx) * (y + dh - height_) / dh;
-        }
-        if (taperY_ > 0.0f) {
-            y = cy + (y - cy) * (dv - x) / dv;
-        } else if (taperY_ < 0.0f) {
-            y = cy + (y - cy) * (x + dv - width_) / dv;
-        }
-        t.x[i] = static_cast<float>(x);
-        t.y[i] = static_cast<float>(y);
+    double x = xOut, y = yOut;
+    if (taperX_ > 0.0f) {
+        x = cx + (x - cx) * (dh - y) / dh;
+    } else if (taperX_ < 0.0f) {
+        x = cx + (x - cx) * (y + dh - height_) / dh;
     }
+    if (taperY_ > 0.0f) {
+        y = cy + (y - cy) * (dv - x) / dv;
+    } else if (taperY_ < 0.0f) {
+        y = cy + (y - cy) * (x + dv - width_) / dv;
+    }
+    xOut = static_cast<float>(x);
+    yOut = static_cast<float>(y);
+}
+
+void CRasterizer_::ApplyTaper(tr::ScreenTriangle& t) const {
+    for (int i = 0; i < 3; ++i) TaperVertex(t.x[i], t.y[i]);
 }
 
 int CRasterizer_::Project(double x, double y, double z, const double* modelView,

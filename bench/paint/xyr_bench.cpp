@@ -4,19 +4,29 @@
 // at s = 1 (a glyph about 100 pixels across) with one hole. Fragment lists:
 // the face alone; face plus a 3-pixel outer outline (round joins, or mitres
 // with the wide flag); and face, outline and their two shadow extrusions.
+//
+// BM_TitleGlyphs draws real glyphs as a title line does: the 32 glyphs of
+// "The quick brown fox jumps over a lazy do" in DejaVu Sans at 64 px, built
+// by the outline builder, each with a 3-px outer outline and then its face,
+// either with constant maps (every covered sub-sample set, as a flat title
+// does) or with maps that only fill sub-samples still empty.
 // Items are characters.
 #include <benchmark/benchmark.h>
 
 #include <cmath>
 #include <list>
+#include <memory>
+#include <string>
 #include <vector>
 
 #include "outline/character_data.h"
 #include "outline/contour_group.h"
 #include "outline/outline2.h"
+#include "outline/outline_builder.h"
 #include "paint/face.h"
 #include "paint/xyr.h"
 #include "surface/fragment.h"
+#include "tools/glyph_source/glyph_source.h"
 
 namespace {
 
@@ -90,9 +100,70 @@ void BM_DrawFaceAndOutline(benchmark::State& s) { Run(s, 2, false); }
 void BM_DrawFaceAndWideOutline(benchmark::State& s) { Run(s, 2, true); }
 void BM_DrawFaceOutlineAndShadows(benchmark::State& s) { Run(s, 4, false); }
 
+constexpr int32_t kGlyphPx = 64;
+constexpr double kOutlinePx = 3.0;
+
+// One glyph of the title line, loaded and measured as the character pass
+// does it at outline size = face size (a quarter outline unit per
+// sub-sample), at a pen position with a fractional part.
+struct TitleGlyph {
+    TitleGlyph(tr::tools::GlyphSource& source, uint32_t code, double penX) {
+        const OutlineRequest request = tr::MakeOutlineRequest(
+            source.Context(), OUTLINE_NO_CACHE, kGlyphPx, &tr::tools::GlyphSource::Callback,
+            static_cast<uint16_t>(code), 0, 0);
+        tr::OutlineBuild build = tr::BuildOutline(request);
+        outline.holder.BuildBlock(build.groups, build.metrics, kGlyphPx);
+        outline.current = &outline.holder;
+        face.pixelRatio = 1.0;
+        face.SetUp(&outline, kGlyphPx, 1.0, 1.0, 0, 0, 0, penX, 540.0, 0, 0, 0, 0);
+        face.marginX = face.marginY = kOutlinePx;
+        face.Measure();
+        coverage.resize(static_cast<size_t>(face.subWidth) * face.subHeight / 4);
+    }
+    COutline2 outline;
+    CFace face{nullptr};
+    std::vector<uint16_t> coverage;
+};
+
+void BM_TitleGlyphs(benchmark::State& state, bool constantMaps) {
+    auto source = tr::tools::GlyphSource::Open(tr::tools::kDefaultFont, kGlyphPx,
+                                               tr::tools::GlyphFormat::CurveRecords);
+    if (!source) {
+        state.SkipWithError("font missing");
+        return;
+    }
+    const std::string line = "The quick brown fox jumps over a lazy do";
+    std::vector<std::unique_ptr<TitleGlyph>> glyphs;
+    double pen = 40.25;
+    for (const char ch : line) {
+        pen += 37.5;
+        if (ch != ' ') glyphs.push_back(std::make_unique<TitleGlyph>(*source, uint8_t(ch), pen));
+    }
+    for (auto _ : state) {
+        for (auto& g : glyphs) {
+            uint8_t outlineMap[16], faceMap[16];
+            for (int i = 0; i < 16; ++i) {
+                outlineMap[i] = constantMaps ? 3 : static_cast<uint8_t>(i == 0 ? 3 : i);
+                faceMap[i] = constantMaps ? 2 : static_cast<uint8_t>(i == 0 ? 2 : i);
+            }
+            CFragment list[] = {CFragment(outlineMap, 2, 0, 0, 0), CFragment(faceMap, 0, 0, 0, 0)};
+            for (CFragment& f : list) f.face = &g->face;
+            list[0].widthPx = kOutlinePx;
+            const FragmentOutlineSource src{g->coverage.data(), g->face.subWidth,
+                                            g->face.subHeight, &g->outline};
+            CXyR xyr;
+            xyr.DrawFragments(src, list);
+            benchmark::DoNotOptimize(g->coverage.data());
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(glyphs.size()));
+}
+
 BENCHMARK(BM_DrawFaceOnly);
 BENCHMARK(BM_DrawFaceAndOutline);
 BENCHMARK(BM_DrawFaceAndWideOutline);
 BENCHMARK(BM_DrawFaceOutlineAndShadows);
+BENCHMARK_CAPTURE(BM_TitleGlyphs, ConstantMaps, true);
+BENCHMARK_CAPTURE(BM_TitleGlyphs, FillEmptyMaps, false);
 
 }  // namespace

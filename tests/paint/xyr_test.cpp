@@ -1,21 +1,31 @@
 // CXyR::DrawFragments: what each fragment kind sends to the rasterizer (a
 // recording fake), first-use creation and binding, and real coverage: a
 // square face where the origin pixel says, outline strokes widening it, and
-// hostile widths and offsets staying inside the buffer.
+// hostile widths and offsets staying inside the buffer; and real glyphs
+// drawn through the rasterizer's default path and its plain twin.
 #include "paint/xyr.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
+#include <memory>
+#include <new>
+#include <random>
+#include <string>
+#include <tuple>
 #include <vector>
 
 #include "fragment_test_support.h"
 #include "outline/outline_builder.h"
 #include "paint/face.h"
+#include "raster/rasterizer_impl.h"
 #include "surface/fragment.h"
 #include "tests/outline/glyph_data.h"
 #include "tests/raster/coverage_map_util.h"
+#if TR_TEST_WITH_GLYPH_SOURCE
+#include "tools/glyph_source/glyph_source.h"
+#endif
 
 namespace {
 
@@ -400,5 +410,121 @@ TEST_F(DrawFragmentsReal, HostileFacePositionAndTaperStayInsideTheBuffer) {
         EXPECT_TRUE(map->GuardsIntact()) << v;
     }
 }
+
+#if TR_TEST_WITH_GLYPH_SOURCE
+// Real glyphs (DejaVu Sans at 64 px through the outline builder) with every
+// fragment kind, plain and wide strokes, shadows, constant and general
+// maps, and faces slanted, rotated, sheared and tapered: the coverage
+// drawn through the rasterizer's default path equals that of its plain
+// twin, byte for byte.
+CRasterizer* CreatePlainRasterizer() noexcept {
+    auto* r = new (std::nothrow) CRasterizer_();
+    if (r != nullptr) r->UsePlainKernels(true);
+    return r;
+}
+
+class DrawFragmentsGlyphs : public ::testing::Test {
+protected:
+    static constexpr int32_t kPx = 64;
+
+    void SetUp() override {
+        source = tr::tools::GlyphSource::Open(tr::tools::kDefaultFont, kPx,
+                                              tr::tools::GlyphFormat::CurveRecords);
+        if (!source) GTEST_SKIP() << "font not found";
+    }
+
+    bool Load(uint16_t code) {
+        const OutlineRequest request = tr::MakeOutlineRequest(
+            source->Context(), OUTLINE_NO_CACHE, kPx, &tr::tools::GlyphSource::Callback, code,
+            0, 0);
+        tr::OutlineBuild build = tr::BuildOutline(request);
+        trtest::LoadGroups(outline, build.groups, kPx);
+        return !outline.IsEmpty();
+    }
+
+    // Faces as the character pass sets them up (scale 0.25: an outline
+    // unit is a pixel), margins from the fragments' widths and offsets.
+    void SetUpFace(CFace& face, std::mt19937& rng, int variant,
+                   const std::vector<CFragment>& list) {
+        std::uniform_real_distribution<double> u(-1.0, 1.0);
+        const bool plainFace = variant % 3 == 0;
+        face.pixelRatio = 1.0;
+        face.SetUp(&outline, kPx, plainFace ? 1.0 : 1.0 + 0.3 * u(rng),
+                   plainFace ? 1.0 : 1.0 + 0.3 * u(rng), plainFace ? 0.0 : 0.3 * u(rng),
+                   plainFace ? 0.0 : 0.1 * u(rng), plainFace ? 0.0 : 3.0 * u(rng),
+                   100.0 + 10.0 * u(rng), 200.0 + 10.0 * u(rng),
+                   variant % 3 == 2 ? 25.0 * u(rng) : 0.0, variant % 3 == 2 ? 25.0 * u(rng) : 0.0,
+                   plainFace ? 0.0 : 0.2 * u(rng), plainFace ? 0.0 : 0.2 * u(rng));
+        for (const CFragment& f : list) {
+            face.marginX = std::fmax(face.marginX, std::fabs(f.shadowOffsetA) + f.widthPx);
+            face.marginY = std::fmax(face.marginY, std::fabs(f.shadowOffsetB) + f.widthPx);
+        }
+        face.Measure();
+    }
+
+    std::unique_ptr<tr::tools::GlyphSource> source;
+    COutline2 outline;
+};
+
+TEST_F(DrawFragmentsGlyphs, DefaultAndPlainRasterizerDrawTheSameCoverage) {
+    std::mt19937 rng(64);
+    std::uniform_real_distribution<double> u(-1.0, 1.0);
+    const std::string text = "aB8@gQ%&ew";
+    int compared = 0;
+    for (const char ch : text) {
+        ASSERT_TRUE(Load(static_cast<uint8_t>(ch))) << ch;
+        for (int variant = 0; variant < 12; ++variant) {
+            // Maps: all constant (a flat title), or constant face over
+            // strokes and shadows that only fill what is still empty.
+            const bool constant = variant % 2 == 0;
+            uint8_t maps[4][16];
+            for (int m = 0; m < 4; ++m) {
+                for (int v = 0; v < 16; ++v) {
+                    maps[m][v] = static_cast<uint8_t>(constant || v == 0 ? m + 2 : v);
+                }
+            }
+            std::vector<CFragment> list;
+            auto add = [&](int32_t kind, const uint8_t* map, double width, double a, double b) {
+                CFragment f(map, kind, width, 0, 0);
+                f.widthPx = width;  // an outline unit is a pixel at this size
+                f.shadowOffsetA = a;
+                f.shadowOffsetB = b;
+                list.push_back(f);
+            };
+            const double w = 1.0 + 4.0 * (u(rng) + 1.0);
+            const int32_t strokeKind = 1 + variant % 2;          // in, out
+            const int32_t extraKind = 3 + variant % 7;          // shadows, smears, shifted
+            add(extraKind, maps[3], w, 6.0 * u(rng), 6.0 * u(rng));
+            add(strokeKind, maps[1], w, 0, 0);
+            add(0, maps[0], 0, 0, 0);
+            if (variant % 4 == 3) add(0, maps[2], 0, 5.0 * u(rng), -4.0);  // displaced face
+            CFace fastFace{nullptr}, plainFace{nullptr};
+            std::mt19937 faceRng(rng());
+            std::mt19937 sameRng = faceRng;
+            SetUpFace(fastFace, faceRng, variant, list);
+            SetUpFace(plainFace, sameRng, variant, list);
+            trtest::GuardedMap fast(fastFace.subWidth, fastFace.subHeight);
+            trtest::GuardedMap plain(plainFace.subWidth, plainFace.subHeight);
+            for (auto [face, map, create] :
+                 {std::tuple{&fastFace, &fast, &CreateRasterizer},
+                  std::tuple{&plainFace, &plain, &CreatePlainRasterizer}}) {
+                std::vector<CFragment> own = list;
+                for (CFragment& f : own) f.face = face;
+                CXyR xyr(create, &ReleaseRasterizer);
+                xyr.wideOutlines = static_cast<uint8_t>(variant / 6);
+                xyr.DrawFragments({map->Words(), face->subWidth, face->subHeight, &outline}, own);
+            }
+            ASSERT_TRUE(fast.SameAs(plain)) << "'" << ch << "' variant " << variant;
+            ASSERT_TRUE(fast.GuardsIntact());
+            int drawn = 0;
+            for (int32_t y = 0; y < fast.H(); ++y)
+                for (int32_t x = 0; x < fast.W(); ++x) drawn += fast.At(x, y) != 0;
+            ASSERT_GT(drawn, 2000) << "'" << ch << "' variant " << variant;
+            ++compared;
+        }
+    }
+    EXPECT_EQ(compared, 120);
+}
+#endif
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Span writers and coverage kernels: the word-store constant kernels against
-// their one-nibble twins, constant against general kernels, and maps that
-// rewrite a single applicator number.
+// their one-nibble twins, constant against general kernels, maps that
+// rewrite a single applicator number, and the prepared-vertex kernels
+// (word stores, byte-table words) against the reference kernels.
 #include "raster/coverage_kernels.h"
 
 #include <gtest/gtest.h>
@@ -42,7 +43,7 @@ void Draw(GuardedMap& m, tr::CoverageKernel k, const RandomTriangle& t,
           const tr::NibbleTables* tables = nullptr) {
     tr::ScreenTriangle s{};
     for (int i = 0; i < 3; ++i) s.x[i] = t.xs[i], s.y[i] = t.ys[i];
-    k(tr::CoverageTarget{m.Words(), m.W(), m.H(), tables}, s);
+    k(tr::CoverageTarget{m.Words(), m.W(), m.H(), tables, nullptr}, s);
 }
 
 TEST(CoverageSpans, NineSubSamplesFromFourWithValueTen) {
@@ -94,6 +95,71 @@ TEST(CoverageSpans, AllSpansAgreeBetweenWriters) {
                 }
             }
         }
+    }
+}
+
+// The byte-table word writer against the nibble-by-nibble general writer:
+// every span of a 6-tile row under random maps, from random contents.
+TEST(CoverageSpans, ByteTableWordsAgreeWithNibbleWriter) {
+    std::mt19937 rng(55);
+    constexpr int kCols = 24;
+    for (int n = 0; n < 40; ++n) {
+        uint8_t map[16];
+        for (uint8_t& v : map) v = static_cast<uint8_t>(rng() % 16);
+        const tr::NibbleTables tables = TablesOf(map);
+        tr::ByteMapTable bytes;
+        tr::BuildByteMapTable(map, bytes);
+        for (int x0 = 0; x0 < kCols; ++x0) {
+            for (int x1 = x0; x1 <= kCols; ++x1) {
+                std::vector<uint16_t> a(kCols), b;
+                for (auto& w : a) w = static_cast<uint16_t>(rng());
+                b = a;
+                tr::FillSpanGeneralWords(a.data(), x0, x1, bytes);
+                tr::FillSpanGeneral(b.data(), x0, x1, tables);
+                ASSERT_EQ(a, b) << "map " << n << " span [" << x0 << ", " << x1 << ")";
+            }
+        }
+    }
+}
+
+TEST(CoverageSpans, ByteTableMapsBothNibblesOfEveryByte) {
+    uint8_t map[16];
+    for (int v = 0; v < 16; ++v) map[v] = static_cast<uint8_t>((v * 11 + 5) % 16);
+    tr::ByteMapTable bytes;
+    tr::BuildByteMapTable(map, bytes);
+    for (int hi = 0; hi < 16; ++hi) {
+        for (int lo = 0; lo < 16; ++lo) {
+            ASSERT_EQ(bytes[hi * 16 + lo], map[hi] * 16 + map[lo]) << hi << ", " << lo;
+        }
+    }
+}
+
+// The prepared kernels against the reference kernels, constant and
+// general maps, triangles inside, across and far outside the map.
+TEST(CoverageKernels, PreparedKernelsMatchReferenceKernels) {
+    std::mt19937 rng(90210);
+    for (int n = 0; n < 6000; ++n) {
+        uint8_t map[16];
+        const bool constant = n % 2 == 0;
+        const uint8_t k = static_cast<uint8_t>(rng() % 16);
+        for (uint8_t& v : map) v = constant ? k : static_cast<uint8_t>(rng() % 16);
+        const tr::NibbleTables tables = TablesOf(map);
+        tr::ByteMapTable bytes;
+        tr::BuildByteMapTable(map, bytes);
+        const float spread = n % 5 == 0 ? 3e7f : 90.0f;
+        const RandomTriangle t = MakeTriangle(rng, -spread / 9, spread);
+        GuardedMap prepared(80, 72);
+        FillRandom(prepared, rng);
+        GuardedMap reference = prepared;
+        const tr::CoverageTarget target{prepared.Words(), 80, 72, nullptr, &bytes};
+        const tr::PreparedCoverageKernel kernel =
+            constant ? tr::PreparedConstantKernel(k) : tr::PreparedGeneralKernel();
+        kernel(target, tr::PrepareVertex(t.xs[0], t.ys[0]), tr::PrepareVertex(t.xs[1], t.ys[1]),
+               tr::PrepareVertex(t.xs[2], t.ys[2]));
+        Draw(reference, constant ? tr::ConstantCoverageKernelPlain(k) : tr::GeneralCoverageKernel(),
+             t, &tables);
+        ASSERT_TRUE(prepared.SameAs(reference))
+            << (constant ? "constant " : "general ") << TriangleText(t.xs, t.ys);
     }
 }
 

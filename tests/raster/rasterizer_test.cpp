@@ -5,9 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <array>
 #include <random>
 #include <sstream>
 #include <vector>
@@ -92,6 +94,43 @@ TEST(Rasterizer, ConstantMapOverwritesAndOneChangedEntrySelectsGeneralKernel) {
         for (int32_t x = 0; x < 32; ++x) {
             const uint32_t want = oracle.Covers(x, y) ? 3u : map.At(x, y);
             ASSERT_EQ(map.At(x, y), want);
+        }
+    }
+}
+
+// Init selects the general kernel but keeps the last map: after a constant
+// map, Init and a draw still write that constant, on both paths.
+TEST(Rasterizer, InitKeepsTheLastMapForTheGeneralKernel) {
+    uint8_t shuffle[16], six[16];
+    for (int v = 0; v < 16; ++v) shuffle[v] = static_cast<uint8_t>((v * 5 + 1) % 16);
+    Fill(six, 6);
+    const double v[3][2] = {{2, 2}, {30, 5}, {8, 29}};
+    const uint32_t idx[3] = {0, 1, 2};
+    for (const bool plain : {false, true}) {
+        GuardedMap map(32, 32);
+        CRasterizer_ r;
+        r.UsePlainKernels(plain);
+        r.SetNibbleMap(shuffle);
+        r.SetNibbleMap(six);
+        r.Init(map.Words(), 0, 32, 32, 0);
+        for (int32_t y = 0; y < 32; ++y)
+            for (int32_t x = 0; x < 32; ++x) map.Set(x, y, (x * 3 + y) % 16);
+        const GuardedMap before = map;
+        r.Viewport(0, 0, 2, 2);
+        r.MatrixMode(kGlProjection);
+        r.LoadIdentity();
+        r.Translate(-1, -1, 0);
+        r.MatrixMode(kGlModelView);
+        r.LoadIdentity();
+        r.VertexPointer(2, 0, 16, v);
+        r.DrawIndexed(4, 3, 0, idx);
+        const float xs[3] = {2, 30, 8}, ys[3] = {2, 5, 29};
+        const FillRuleOracle oracle(xs, ys);
+        for (int32_t y = 0; y < 32; ++y) {
+            for (int32_t x = 0; x < 32; ++x) {
+                ASSERT_EQ(map.At(x, y), oracle.Covers(x, y) ? 6u : before.At(x, y))
+                    << x << ", " << y << (plain ? " plain" : "");
+            }
         }
     }
 }
@@ -251,42 +290,234 @@ TEST(Rasterizer, GeometryOutsideTheMapNeverWritesOutside) {
     for (size_t i = 0; i < map.Bytes() / 2; ++i) ASSERT_EQ(map.Words()[i], 0);
 }
 
-// The word-store constant kernels the rasterizer selects against their
-// plain twins, through the whole DrawIndexed path, from random contents.
-TEST(Rasterizer, FastAndPlainKernelsGiveIdenticalMaps) {
-    std::mt19937 rng(424242);
-    std::uniform_real_distribution<double> c(-6.0, 70.0);
-    for (int n = 0; n < 4000; ++n) {
-        double v[6][2];
-        for (auto& p : v) p[0] = c(rng), p[1] = c(rng);
-        const uint32_t idx[6] = {0, 1, 2, 3, 4, 5};
-        uint8_t map[16];
-        std::memset(map, static_cast<int>(rng() % 16), sizeof map);
-        GuardedMap fast(64, 64), plain(64, 64);
-        const uint32_t seed = rng();
-        for (GuardedMap* m : {&fast, &plain}) {
-            CRasterizer_ r;
-            r.Init(m->Words(), 0, 64, 64, 0);
-            std::mt19937 fill(seed);
-            for (size_t i = 0; i < m->Bytes() / 2; ++i) m->Words()[i] = static_cast<uint16_t>(fill());
-            r.Viewport(0, 0, 2, 2);
-            r.MatrixMode(kGlProjection);
-            r.LoadIdentity();
-            r.Translate(-1, -1, 0);
-            r.MatrixMode(kGlModelView);
-            r.LoadIdentity();
-            r.UsePlainKernels(m == &plain);
-            r.SetNibbleMap(map);
-            r.VertexPointer(2, 0, 16, v);
-            r.DrawIndexed(4, 6, 0, idx);
+// The default coverage path (vertices prepared once, word-wise kernels)
+// against its plain twin (every triangle transformed and walked by the
+// reference, one nibble at a time): two rasterizers configured alike draw
+// the same random calls into maps with the same random contents, and the
+// whole buffers, guards included, must be equal. Each case is generated
+// from its own seed, which a failure prints.
+class PreparedPath : public ::testing::Test {
+protected:
+    struct Pair {
+        Pair(int32_t w, int32_t h) : fast(w, h), plain(w, h) {}
+        GuardedMap fast, plain;
+        CRasterizer_ rf, rp;
+        template <class Call>
+        void Both(Call call) {
+            call(rf);
+            call(rp);
         }
-        if (!fast.SameAs(plain)) {
-            std::ostringstream in;
-            in.precision(17);
-            for (const auto& p : v) in << "(" << p[0] << ", " << p[1] << ") ";
-            FAIL() << "k " << int(map[0]) << " fill seed " << seed << " vertices " << in.str();
+    };
+
+    // Map size, contents, transform (rotation, scale, translation and
+    // sometimes a taper) and a nibble map, the same for both rasterizers.
+    static void Configure(Pair& p, std::mt19937& rng) {
+        std::uniform_real_distribution<double> u(0.0, 1.0);
+        const int32_t w = p.fast.W(), h = p.fast.H();
+        std::mt19937 fill(rng());
+        for (size_t i = 0; i < p.fast.Bytes() / 2; ++i) {
+            p.fast.Words()[i] = p.plain.Words()[i] = static_cast<uint16_t>(fill());
+        }
+        const double angle = u(rng) * 6.283185307179586, scale = 0.5 + u(rng) * 1.5;
+        const double rotation[16] = {std::cos(angle) * scale, std::sin(angle) * scale, 0, 0,
+                                     -std::sin(angle) * scale, std::cos(angle) * scale, 0, 0,
+                                     0, 0, 1, 0, 0, 0, 0, 1};
+        const double tx = w * (0.2 + 0.6 * u(rng)), ty = h * (0.2 + 0.6 * u(rng));
+        const bool taper = rng() % 3 == 0;
+        const float taperH = static_cast<float>(u(rng) * 60 - 30);
+        const float taperV = static_cast<float>(u(rng) * 60 - 30);
+        const uint8_t map[16] = {};
+        uint8_t nibbles[16];
+        RandomMap(rng, nibbles);
+        for (auto [r, m] : {std::pair{&p.rf, &p.fast}, std::pair{&p.rp, &p.plain}}) {
+            // Init clears the buffer; the contents go back in after it.
+            std::vector<uint16_t> contents(m->Words(), m->Words() + m->Bytes() / 2);
+            r->Init(m->Words(), 0, w, h, 0);
+            std::copy(contents.begin(), contents.end(), m->Words());
+            r->Viewport(0, 0, 2, 2);
+            r->MatrixMode(kGlProjection);
+            r->LoadIdentity();
+            r->Translate(-1, -1, 0);
+            r->MatrixMode(kGlModelView);
+            r->LoadIdentity();
+            r->Translate(tx, ty, 0);
+            r->MultMatrix(rotation);
+            if (taper) r->SetTaper(taperH, taperV);
+            r->SetNibbleMap(map);
+            r->UsePlainKernels(r == &p.rp);
+            r->SetNibbleMap(nibbles);
         }
     }
+
+    // Constant, identity but one, or random.
+    static void RandomMap(std::mt19937& rng, uint8_t (&map)[16]) {
+        const uint32_t kind = rng() % 3;
+        const uint8_t k = static_cast<uint8_t>(rng() % 16);
+        for (int v = 0; v < 16; ++v) {
+            map[v] = kind == 0 ? k : kind == 1 ? static_cast<uint8_t>(v) : static_cast<uint8_t>(rng() % 16);
+        }
+        if (kind == 1) map[rng() % 16] = k;
+    }
+
+    // Object coordinates mostly around the map, sometimes far outside the
+    // walk's range or not finite.
+    static double Coordinate(std::mt19937& rng, double spread) {
+        std::uniform_real_distribution<double> u(-spread, spread);
+        switch (rng() % 64) {
+            case 0: return 3e7;
+            case 1: return -1e9;
+            case 2: return std::numeric_limits<double>::quiet_NaN();
+            default: return u(rng);
+        }
+    }
+
+    static void ExpectSame(const Pair& p, uint32_t seed) {
+        ASSERT_TRUE(p.fast.SameAs(p.plain)) << "case seed " << seed;
+        ASSERT_TRUE(p.fast.GuardsIntact()) << "case seed " << seed;
+    }
+};
+
+// Meshes of shared vertices, some larger than the vertex cache, drawn
+// plain and offset, again from another array with the same indices, and
+// again after the transform changed. Half are jittered grids, whose
+// triangles share their edges as a glyph's triangulation does; the others
+// pick their vertices at random.
+TEST_F(PreparedPath, RandomMeshesMatchPlainPath) {
+    std::mt19937 seeds(2718);
+    for (int n = 0; n < 1500; ++n) {
+        const uint32_t seed = seeds();
+        std::mt19937 rng(seed);
+        std::uniform_real_distribution<double> u(0.0, 1.0);
+        Pair p(n % 2 ? 64 : 100, n % 3 ? 64 : 36);
+        Configure(p, rng);
+        const bool grid = n % 2 == 0;
+        const uint32_t cols = 1 + rng() % (n % 10 == 0 ? 40 : 12), rows = 1 + rng() % 30;
+        const uint32_t vertices =
+            grid ? (cols + 1) * (rows + 1) : n % 10 == 1 ? 1100 + rng() % 400 : 3 + rng() % 60;
+        const uint32_t stride = rng() % 2 ? 3 : 2;  // doubles per vertex
+        std::vector<double> a(vertices * stride), b(vertices * stride);
+        const double cell = 0.3 + u(rng) * 6.0;
+        for (uint32_t v = 0; v < vertices; ++v) {
+            for (auto* array : {&a, &b}) {
+                double* xy = array->data() + v * stride;
+                if (grid) {
+                    xy[0] = -30 + (v % (cols + 1)) * cell + (u(rng) - 0.5) * cell * 0.8;
+                    xy[1] = -30 + (v / (cols + 1)) * cell + (u(rng) - 0.5) * cell * 0.8;
+                } else {
+                    xy[0] = Coordinate(rng, 45);
+                    xy[1] = Coordinate(rng, 45);
+                }
+            }
+        }
+        std::vector<uint32_t> idx;
+        if (grid) {
+            for (uint32_t r = 0; r < rows; ++r) {
+                for (uint32_t c = 0; c < cols; ++c) {
+                    const uint32_t v0 = r * (cols + 1) + c, v1 = v0 + 1;
+                    const uint32_t v2 = v0 + cols + 1, v3 = v2 + 1;
+                    idx.insert(idx.end(), {v0, v1, v3, v0, v3, v2});
+                }
+            }
+        } else {
+            idx.resize(3 * (1 + rng() % 80) + rng() % 3);
+            for (uint32_t& i : idx) i = rng() % vertices;
+        }
+        const auto count = static_cast<uint32_t>(idx.size());
+        const double dx = rng() % 2 ? 0.0 : Coordinate(rng, 9), dy = Coordinate(rng, 9);
+        p.Both([&](CRasterizer_& r) {
+            r.VertexPointer(2, 0, stride * 8, a.data());
+            r.DrawIndexed(4, count, 0, idx.data());
+            r.DrawIndexedOffset(4, count, 0, idx.data(), dx, dy);
+            r.VertexPointer(2, 0, stride * 8, b.data());
+            r.DrawIndexed(4, count, 0, idx.data());
+            r.Translate(1.25, -0.5, 0);
+            r.DrawIndexed(4, count, 0, idx.data());
+        });
+        ExpectSame(p, seed);
+    }
+}
+
+// Strips with fans (pairs sharing their first vertex), repeated pairs,
+// far and non-finite points, and in the middle a map change, a taper
+// change (the kept pair is tapered anew) and band-strip vertices (they
+// share the strip's vertex store).
+TEST_F(PreparedPath, RandomStripsMatchPlainPath) {
+    std::mt19937 seeds(1618);
+    for (int n = 0; n < 1500; ++n) {
+        const uint32_t seed = seeds();
+        std::mt19937 rng(seed);
+        Pair p(64, n % 2 ? 64 : 48);
+        Configure(p, rng);
+        uint8_t second[16];
+        RandomMap(rng, second);
+        const float taperH = static_cast<float>(rng() % 40) - 20.0f;
+        for (int strip = 0; strip < 3; ++strip) {
+            const int pairs = 2 + static_cast<int>(rng() % 40);
+            std::vector<std::array<double, 4>> pts(pairs);
+            std::vector<uint32_t> what(pairs);
+            for (int i = 0; i < pairs; ++i) {
+                for (double& v : pts[i]) v = Coordinate(rng, 40);
+                what[i] = rng() % 16;
+                if (i > 0 && what[i] < 4) {  // fan around the previous pair's point
+                    pts[i][0] = pts[i - 1][0];
+                    pts[i][1] = pts[i - 1][1];
+                }
+                if (what[i] == 4) pts[i][2] = pts[i][0], pts[i][3] = pts[i][1];  // a == b
+            }
+            p.Both([&](CRasterizer_& r) {
+                r.Begin();
+                for (int i = 0; i < pairs; ++i) {
+                    if (what[i] == 5) r.SetNibbleMap(second);
+                    if (what[i] == 7) r.SetTaper(taperH, -taperH);
+                    if (what[i] == 6) {
+                        r.BandVertex(pts[i][0], pts[i][1]);
+                    } else {
+                        r.Vertex2dv(pts[i].data());
+                    }
+                    r.Vertex2d(pts[i][2], pts[i][3]);
+                }
+                r.End();
+            });
+        }
+        ExpectSame(p, seed);
+    }
+}
+
+// A vertex prepared for one call is never reused by the next, even with
+// the same indices: another array, another offset, another matrix.
+TEST_F(PreparedPath, VertexCacheLivesForOneCall) {
+    const double a[3][2] = {{2, 2}, {30, 4}, {6, 28}};
+    const double b[3][2] = {{40, 40}, {60, 36}, {50, 60}};
+    const uint32_t idx[3] = {0, 1, 2};
+    uint8_t five[16];
+    Fill(five, 5);
+    GuardedMap fast(64, 64), expected(64, 64);
+    auto r = ScreenSpaceRasterizer(fast.Words(), 64, 64);
+    auto e = ScreenSpaceRasterizer(expected.Words(), 64, 64);
+    r->SetNibbleMap(five);
+    e->SetNibbleMap(five);
+    r->VertexPointer(2, 0, 16, a);
+    r->DrawIndexed(4, 3, 0, idx);
+    r->VertexPointer(2, 0, 16, b);
+    r->DrawIndexed(4, 3, 0, idx);
+    r->DrawIndexedOffset(4, 3, 0, idx, -36, 0);
+    r->Translate(0, 30, 0);
+    r->VertexPointer(2, 0, 16, a);
+    r->DrawIndexed(4, 3, 0, idx);
+    // The same triangles, each from its own array of screen positions.
+    const double moved[4][3][2] = {{{2, 2}, {30, 4}, {6, 28}},
+                                   {{40, 40}, {60, 36}, {50, 60}},
+                                   {{4, 40}, {24, 36}, {14, 60}},
+                                   {{2, 32}, {30, 34}, {6, 58}}};
+    for (const auto& tri : moved) {
+        e->VertexPointer(2, 0, 16, tri);
+        e->DrawIndexed(4, 3, 0, idx);
+    }
+    EXPECT_TRUE(fast.SameAs(expected));
+    int covered = 0;
+    for (int32_t y = 0; y < 64; ++y)
+        for (int32_t x = 0; x < 64; ++x) covered += fast.At(x, y) == 5;
+    EXPECT_GT(covered, 600);  // the four triangles, some overlapping
 }
 
 }  // namespace

@@ -31,7 +31,7 @@ tr::ScreenTriangle Tri(const float* xs, const float* ys) {
 
 void Draw(GuardedMap& m, tr::CoverageKernel kernel, const float* xs, const float* ys,
           const tr::NibbleTables* tables = nullptr) {
-    const tr::CoverageTarget target{m.Words(), m.W(), m.H(), tables};
+    const tr::CoverageTarget target{m.Words(), m.W(), m.H(), tables, nullptr};
     kernel(target, Tri(xs, ys));
 }
 
