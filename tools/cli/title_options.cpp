@@ -60,7 +60,7 @@ bool ParseNonNegative(const char* text, double& value) {
     return true;
 }
 
-struct OptionSpec {
+struct OptionEntry {
     const char* name;
     const char* expected;  // completes "bad value for NAME: VALUE (expected ...)"
     bool (*store)(const char* value, TitleOptions& o);
@@ -69,7 +69,7 @@ struct OptionSpec {
 constexpr const char* kColour = "a colour AARRGGBB or RRGGBB in hexadecimal";
 constexpr const char* kSide = "a whole number of pixels from 1 to 16384";
 
-const OptionSpec kOptions[] = {
+const OptionEntry kOptions[] = {
     {"--text", "", [](const char* v, TitleOptions& o) { o.text = v; return true; }},
     {"--font", "", [](const char* v, TitleOptions& o) { o.font = v; return true; }},
     {"--size", "a number of pixels above 0 and below 4096",
@@ -110,9 +110,9 @@ const OptionSpec kOptions[] = {
     {"--out", "", [](const char* v, TitleOptions& o) { o.output = v; return true; }},
 };
 
-const OptionSpec* FindOption(const std::string& name) {
-    for (const OptionSpec& spec : kOptions) {
-        if (name == spec.name) return &spec;
+const OptionEntry* FindOption(const std::string& name) {
+    for (const OptionEntry& entry : kOptions) {
+        if (name == entry.name) return &entry;
     }
     return nullptr;
 }
@@ -148,8 +148,8 @@ bool ParseTitleOptions(int argc, char** argv, TitleOptions& o, bool& help, std::
             help = true;
             return false;
         }
-        const OptionSpec* spec = FindOption(name);
-        if (spec == nullptr) {
+        const OptionEntry* entry = FindOption(name);
+        if (entry == nullptr) {
             error = "unknown option " + name;
             return false;
         }
@@ -158,8 +158,8 @@ bool ParseTitleOptions(int argc, char** argv, TitleOptions& o, bool& help, std::
             return false;
         }
         const char* value = argv[++i];
-        if (!spec->store(value, o)) {
-            error = "bad value for " + name + ": \"" + value + "\" (expected " + spec->expected + ")";
+        if (!entry->store(value, o)) {
+            error = "bad value for " + name + ": \"" + value + "\" (expected " + entry->expected + ")";
             return false;
         }
     }
