@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "cache/block_file.h"
+#include "cache/process_cache_slot.h"
 #include "host/file.h"
 #include "outline/outline_builder.h"
 
@@ -26,7 +27,7 @@ constexpr char kNamePrefix[] = "17Character_";
 const std::string cacheDirectory =
     Talc::PathUtils::AddTrailingSlash(Talc::PathUtils::GetTempDirectory()) + kCacheFolder;
 
-std::atomic<CharacterDiskCache*> DiskCache{nullptr};
+tr::ProcessCacheSlot<CharacterDiskCache, OMTicket, OMData> DiskCache;
 std::atomic<std::uint32_t> nextFileNumber{0};
 
 // The host's glyph data of every build the disk cache makes; one build at a
@@ -163,46 +164,15 @@ bool OMMetaFactory::MakeFactory(OMFactory*& out) {
 
 namespace tr {
 
-OMData DiskCacheGet(const OMTicket& ticket) {
-    CharacterDiskCache* cache = DiskCache.load(std::memory_order_acquire);
-    OMData handle{};
-    if (cache == nullptr || !cache->Get(ticket, handle)) {
-        return OMData{};
-    }
-    return handle;
-}
+OMData DiskCacheGet(const OMTicket& ticket) { return DiskCache.Get(ticket); }
 
-int DiskCacheRelease(OMData& handle) {
-    CharacterDiskCache* cache = DiskCache.load(std::memory_order_acquire);
-    if (cache == nullptr) {
-        return 0;
-    }
-    return cache->Release(handle) ? 1 : 0;
-}
+int DiskCacheRelease(OMData& handle) { return DiskCache.Release(handle); }
 
-bool CreateDiskCache() {
-    if (DiskCache.load(std::memory_order_acquire) != nullptr) {
-        return false;
-    }
-    auto* cache = new CharacterDiskCache(kDiskCacheBudget);
-    CharacterDiskCache* expected = nullptr;
-    if (!DiskCache.compare_exchange_strong(expected, cache, std::memory_order_acq_rel)) {
-        delete cache;  // another thread made one meanwhile
-        return false;
-    }
-    return true;
-}
+bool CreateDiskCache() { return DiskCache.Create(kDiskCacheBudget); }
 
-bool DestroyDiskCache() {
-    CharacterDiskCache* cache = DiskCache.exchange(nullptr, std::memory_order_acq_rel);
-    if (cache == nullptr) {
-        return false;
-    }
-    delete cache;
-    return true;
-}
+bool DestroyDiskCache() { return DiskCache.Destroy(); }
 
-CharacterDiskCache* GetDiskCache() { return DiskCache.load(std::memory_order_acquire); }
+CharacterDiskCache* GetDiskCache() { return DiskCache.Peek(); }
 
 const std::string& DiskCacheDirectory() { return cacheDirectory; }
 

@@ -2,14 +2,14 @@
 // client functions, and the creation and destruction of both levels.
 #include "cache/memory_cache.h"
 
-#include <atomic>
 #include <new>
 
 #include "cache/disk_cache.h"
+#include "cache/process_cache_slot.h"
 
 namespace {
 
-std::atomic<CharacterMemoryCache*> MemoryCache{nullptr};
+tr::ProcessCacheSlot<CharacterMemoryCache, OMTicket, OMData> MemoryCache;
 
 }  // namespace
 
@@ -47,44 +47,20 @@ bool OMemMetaFactory::MakeFactory(OMemFactory*& out) {
 
 namespace tr {
 
-OMData MemoryCacheGet(const OMTicket& ticket) {
-    CharacterMemoryCache* cache = MemoryCache.load(std::memory_order_acquire);
-    OMData handle{};
-    if (cache == nullptr || !cache->Get(ticket, handle)) {
-        return OMData{};
-    }
-    return handle;
-}
+OMData MemoryCacheGet(const OMTicket& ticket) { return MemoryCache.Get(ticket); }
 
-int MemoryCacheRelease(OMData& handle) {
-    CharacterMemoryCache* cache = MemoryCache.load(std::memory_order_acquire);
-    if (cache == nullptr) {
-        return 0;
-    }
-    return cache->Release(handle) ? 1 : 0;
-}
+int MemoryCacheRelease(OMData& handle) { return MemoryCache.Release(handle); }
 
 bool CreateCharacterCacheLevels() {
     (void)CreateDiskCache();
-    if (MemoryCache.load(std::memory_order_acquire) != nullptr) {
-        return false;
-    }
-    auto* cache = new CharacterMemoryCache(kMemoryCacheBudget);
-    CharacterMemoryCache* expected = nullptr;
-    if (!MemoryCache.compare_exchange_strong(expected, cache, std::memory_order_acq_rel)) {
-        delete cache;  // another thread made one meanwhile
-        return false;
-    }
-    return true;
+    return MemoryCache.Create(kMemoryCacheBudget);
 }
 
 bool DestroyCharacterCacheLevels() {
-    if (CharacterMemoryCache* cache = MemoryCache.exchange(nullptr, std::memory_order_acq_rel)) {
-        delete cache;
-    }
+    (void)MemoryCache.Destroy();  // its blocks go back to the disk cache first
     return DestroyDiskCache();
 }
 
-CharacterMemoryCache* GetMemoryCache() { return MemoryCache.load(std::memory_order_acquire); }
+CharacterMemoryCache* GetMemoryCache() { return MemoryCache.Peek(); }
 
 }  // namespace tr
