@@ -116,12 +116,7 @@ TEST(Rasterizer, InitKeepsTheLastMapForTheGeneralKernel) {
         for (int32_t y = 0; y < 32; ++y)
             for (int32_t x = 0; x < 32; ++x) map.Set(x, y, (x * 3 + y) % 16);
         const GuardedMap before = map;
-        r.Viewport(0, 0, 2, 2);
-        r.MatrixMode(kGlProjection);
-        r.LoadIdentity();
-        r.Translate(-1, -1, 0);
-        r.MatrixMode(kGlModelView);
-        r.LoadIdentity();
+        trtest::UseScreenSpace(r);
         r.VertexPointer(2, 0, 16, v);
         r.DrawIndexed(4, 3, 0, idx);
         const float xs[3] = {2, 30, 8}, ys[3] = {2, 5, 29};
@@ -334,12 +329,7 @@ protected:
             std::vector<uint16_t> contents(m->Words(), m->Words() + m->Bytes() / 2);
             r->Init(m->Words(), 0, w, h, 0);
             std::copy(contents.begin(), contents.end(), m->Words());
-            r->Viewport(0, 0, 2, 2);
-            r->MatrixMode(kGlProjection);
-            r->LoadIdentity();
-            r->Translate(-1, -1, 0);
-            r->MatrixMode(kGlModelView);
-            r->LoadIdentity();
+            trtest::UseScreenSpace(*r);
             r->Translate(tx, ty, 0);
             r->MultMatrix(rotation);
             if (taper) r->SetTaper(taperH, taperV);

@@ -16,15 +16,19 @@ using RasterizerPtr = std::unique_ptr<CRasterizer, RasterizerDeleter>;
 // Viewport (0, 0, 2, 2) gives scale 1 and offset 1; the projection's
 // translation by -1 cancels the offset, so dyadic object coordinates reach
 // the screen unchanged.
+inline void UseScreenSpace(CRasterizer& r) {
+    r.Viewport(0, 0, 2, 2);
+    r.MatrixMode(kGlProjection);
+    r.LoadIdentity();
+    r.Translate(-1, -1, 0);
+    r.MatrixMode(kGlModelView);
+    r.LoadIdentity();
+}
+
 inline RasterizerPtr ScreenSpaceRasterizer(uint16_t* map, int32_t w, int32_t h) {
     RasterizerPtr r(CreateRasterizer());
     r->Init(map, 0, w, h, 0);
-    r->Viewport(0, 0, 2, 2);
-    r->MatrixMode(kGlProjection);
-    r->LoadIdentity();
-    r->Translate(-1, -1, 0);
-    r->MatrixMode(kGlModelView);
-    r->LoadIdentity();
+    UseScreenSpace(*r);
     return r;
 }
 
