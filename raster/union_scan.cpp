@@ -137,16 +137,46 @@ bool CUnionScan::Add(const PreparedVertex& a, const PreparedVertex& b, const Pre
     return true;
 }
 
+// Orders the live segments by first row, then by number: a counting sort
+// over the chunk's rows (stable, and segments are visited in number order,
+// so ties keep their numbers' order), or a comparison sort when the rows
+// span more than the count table holds.
 void CUnionScan::OrderLiveSegments() {
     static_assert(kMaxSegments <= 1u << 16, "segment numbers take 16 bits of the order key");
-    uint32_t n = 0;
+    constexpr int32_t kMaxCountedRows = 2048;
+    int32_t lo = height_, hi = -1;
     for (uint32_t i = 0; i < segmentCount_; ++i) {
         if (segments_[i].winding == 0) continue;
-        // Rows lie in [0, height): the key sorts by row, then by number.
-        order_[n++] = static_cast<uint64_t>(segments_[i].rowBegin) << 16 | i;
+        lo = std::min(lo, segments_[i].rowBegin);
+        hi = std::max(hi, segments_[i].rowBegin);
     }
-    assert(n == liveCount_);
-    std::sort(order_, order_ + n);
+    const auto key = [this](uint32_t i) {
+        // Rows lie in [0, height): the key sorts by row, then by number.
+        return static_cast<uint64_t>(segments_[i].rowBegin) << 16 | i;
+    };
+    if (hi < lo) {
+        assert(liveCount_ == 0);
+        return;
+    }
+    if (hi - lo >= kMaxCountedRows) {
+        uint32_t n = 0;
+        for (uint32_t i = 0; i < segmentCount_; ++i) {
+            if (segments_[i].winding != 0) order_[n++] = key(i);
+        }
+        assert(n == liveCount_);
+        std::sort(order_, order_ + n);
+        return;
+    }
+    uint16_t start[kMaxCountedRows + 1];
+    std::fill_n(start, hi - lo + 2, uint16_t{0});
+    for (uint32_t i = 0; i < segmentCount_; ++i) {
+        if (segments_[i].winding != 0) ++start[segments_[i].rowBegin - lo + 1];
+    }
+    for (int32_t r = 1; r <= hi - lo; ++r) start[r] = static_cast<uint16_t>(start[r] + start[r - 1]);
+    for (uint32_t i = 0; i < segmentCount_; ++i) {
+        if (segments_[i].winding != 0) order_[start[segments_[i].rowBegin - lo]++] = key(i);
+    }
+    assert(start[hi - lo] == liveCount_);
 }
 
 }  // namespace tr
