@@ -51,7 +51,7 @@ protected:
 // A character recorded while it renders plays back to the same pixels. A
 // stack painter is recorded as a null colour.
 TEST_F(ScriptTest, PlaybackRendersWhatRecordingRendered) {
-    const std::vector<uint8_t> glyph = tr_test::PolygonData(tr_test::kSquare);
+    const std::vector<uint8_t> glyph = tr::test::PolygonGlyph(tr_test::kSquare);
     std::vector<uint32_t> recorded(64 * 64, 0), played(64 * 64, 0);
     SurfaceDescriptor d{{recorded.data(), 64, 64, 256}, 1.0};
     Surface* s = CreateSurface(&d);
