@@ -47,8 +47,8 @@ uint32_t ReferencePixel(int32_t width, int32_t height, const FourCornerGradientP
 
 // The reserved bytes and the rotation angle (123) are never read.
 FourCornerGradientParameters Parameters(double shineWidth, double angle, double position) {
-    return {{0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE}, 123.0, {0xFFF01008u, 0x80209F30u, 0x4000FFFFu, 0xFF7F7F7Fu}, shineWidth,
-            0x10FFF0E0u, 0, angle, position};
+    return {{0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE}, 123.0,
+            {0xFFF01008u, 0x80209F30u, 0x4000FFFFu, 0xFF7F7F7Fu}, shineWidth, 0x10FFF0E0u, 0, angle, position};
 }
 
 // Rows cover the angle limit (0, -0.0005), a disabled shine (0, negative,
