@@ -1,11 +1,11 @@
 // Contour clean-up passes: duplicates, loop removal (against its restarting
-// reference), simplification, orientation and edge angles.
+// reference) and orientation. Simplification and edge angles are checked
+// through whole outlines (outline2_test, outline_builder_test).
 #include "outline/contour_cleanup.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <numbers>
 #include <random>
 #include <vector>
 
@@ -17,9 +17,9 @@ struct XY {
     bool operator==(const XY&) const = default;
 };
 
-Coutline Make(const std::vector<XY>& xy, double z = 0.0) {
+Coutline Make(const std::vector<XY>& xy) {
     Coutline c;
-    for (const XY& p : xy) c.points.push_back(CPoint3D{p.x, p.y, z});
+    for (const XY& p : xy) c.points.push_back(CPoint3D{p.x, p.y, 0.0});
     return c;
 }
 
@@ -35,8 +35,8 @@ TEST(ContourCleanup, DuplicatesCompareXYZButTheClosingPairOnlyXY) {
     RemoveConsecutiveDuplicates(c);
     ASSERT_EQ(c.points.size(), 4u);
     EXPECT_EQ(std::next(c.points.begin())->z, 2.0) << "same x, y but another z stays";
-    Coutline closing;
-    closing.points = {{0, 0, 1}, {5, 0, 0}, {5, 5, 0}, {0, 0, 2}};
+    Coutline closing = Make({{0, 0}, {5, 0}, {5, 5}, {0, 0}});
+    closing.points.back().z = 2.0;
     RemoveClosingDuplicate(closing);
     ASSERT_EQ(closing.points.size(), 3u);
     EXPECT_EQ(closing.points.back().z, 2.0) << "the first point goes, the last stays";
@@ -51,10 +51,7 @@ TEST(ContourCleanup, LoopRemovalCases) {
     std::vector<XY> comb = {{0, 0}, {1, 0}};
     for (int i = 0; i < 5; ++i) comb.insert(comb.end(), {{1.0 + i, 2}, {1.5 + i, 2}});
     comb.insert(comb.end(), {{0.5, 5}, {0.5, -1}, {-3, -1}});
-    const struct {
-        const char* name;
-        std::vector<XY> in, out;
-    } cases[] = {
+    const struct { const char* name; std::vector<XY> in, out; } cases[] = {
         // Edge p2p3 crosses p5p6 at (4, 0): loop p3..p5 (3 of 8 points) goes.
         {"small loop", {{0, 0}, {2, 0}, {6, 0}, {6, 3}, {4, 3}, {4, -2}, {10, -2}, {0, -6}},
          {{0, 0}, {2, 0}, {4, -2}, {10, -2}, {0, -6}}},
@@ -95,24 +92,8 @@ TEST(ContourCleanup, ResumedLoopRemovalMatchesTheRestartFromTheStart) {
     }
 }
 
-TEST(ContourCleanup, SimplificationTolerance) {
-    // (1, 0.004) lies 0.004 from the line (0,0)-(2,0): kept unless strictly closer.
-    const std::vector<XY> in = {{0, 0}, {1, 0.004}, {2, 0}, {2, 2}, {0, 2}, {0, 1}};
-    for (auto [tolerance, size] : {std::pair{0.0, 6u}, std::pair{0.004, 6u}, std::pair{0.0041, 5u}}) {
-        Coutline contour = Make(in);
-        Simplify(contour, tolerance);
-        EXPECT_EQ(contour.points.size(), size) << tolerance;
-        EXPECT_EQ(Points(contour).front(), (XY{0, 0})) << "first point stays";
-        EXPECT_EQ(Points(contour).back(), (XY{0, 1})) << "closing edge is not simplified";
-    }
-}
-
 TEST(ContourCleanup, Orientation) {
-    const struct {
-        const char* name;
-        std::vector<XY> points;
-        bool clockwise;
-    } cases[] = {
+    const struct { const char* name; std::vector<XY> points; bool clockwise; } cases[] = {
         {"clockwise square", {{0, 0}, {0, 10}, {10, 10}, {10, 0}}, true},
         {"counter-clockwise square", {{0, 0}, {10, 0}, {10, 10}, {0, 10}}, false},
         // The lowest point (10, 0) sits in a notch whose tiny triangle runs
@@ -127,18 +108,6 @@ TEST(ContourCleanup, Orientation) {
         Orient(contour);
         EXPECT_EQ(contour.clockwise, c.clockwise) << c.name;
     }
-}
-
-TEST(ContourCleanup, EdgeAnglesAreArrivingDirectionsInZeroToTwoPi) {
-    const double pi = std::numbers::pi;
-    Coutline square = Make({{0, 0}, {0, 10}, {10, 10}, {10, 0}}, -5.0);
-    SetEdgeAngles(square);
-    const double expected[] = {pi, pi / 2, 0.0, 3 * pi / 2};  // the first arrives from (10, 0)
-    std::size_t i = 0;
-    for (const CPoint3D& p : square.points) EXPECT_DOUBLE_EQ(p.z, expected[i++]);
-    Coutline two = Make({{0, 0}, {1, 1}}, -3.0);
-    SetEdgeAngles(two);
-    for (const CPoint3D& p : two.points) EXPECT_EQ(p.z, -3.0) << "fewer than 3 points keep z";
 }
 
 }  // namespace

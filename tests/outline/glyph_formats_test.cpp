@@ -39,23 +39,11 @@ std::list<Coutline> Curves(const Data& v) {
     return ReadCurvePolygons(e.bytes.get(), e.size, -8.0);
 }
 
-TEST(GlyphFormats, LineAndCubicRecords) {
-    auto contours =
-        Curves(CurveGlyph().Polygon({0, 0}).Record(1, {{0, 10}, {10.5, 10}}).Record(3, {{12, 8}, {12, 2}, {10, 0}}).Data());
-    ASSERT_EQ(contours.size(), 1u);
-    const auto& pts = contours.front().points;
-    ASSERT_EQ(pts.size(), 1u + 2u + 24u);
-    EXPECT_EQ(std::next(pts.begin(), 2)->x, 10.5);
-    EXPECT_EQ(pts.back().x, 10.0);
-    EXPECT_EQ(pts.back().y, 0.0);
-    for (const CPoint3D& p : pts) EXPECT_EQ(p.z, -8.0);
-}
-
 // Quadratic record q1 q2 q3: piece 1 from the current point with control q1
 // to mid(q1, q2), piece 2 from piece 1's last appended point with control q2
 // to q3; 24 points each; q3 itself only when a line or cubic follows.
 TEST(GlyphFormats, QuadraticPiecesAndTheClosingPointRule) {
-    const XY q1{10, 20}, q2{30, 20}, q3{40, 0};
+    const XY q1{10, 20}, q2{30, 20}, q3{40.5, -0.25};  // 16.16 fractions
     const std::pair<int, bool> cases[] = {{0, false}, {1, true}, {2, false}, {3, true}};  // record type that follows
     for (const auto& [follow, appendsQn] : cases) {
         CurveGlyph glyph;
@@ -74,6 +62,7 @@ TEST(GlyphFormats, QuadraticPiecesAndTheClosingPointRule) {
             EXPECT_NEAR(pts[24 + k].y, mt * mt * s.y + 2 * mt * t * q2.y + t * t * q3.y, 1e-9) << follow;
         }
         EXPECT_EQ(pts.size() > 49 && pts[49].x == q3.x && pts[49].y == q3.y, appendsQn) << follow;
+        EXPECT_EQ(pts.back().z, -8.0) << follow;
     }
 }
 

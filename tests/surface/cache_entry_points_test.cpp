@@ -38,9 +38,8 @@ Render RenderCharacter(SquareHost& host, std::uint32_t code, std::uint32_t flags
     return render;
 }
 
-int Inked(const Render& render) {
-    return static_cast<int>(std::count_if(render.pixels.begin(), render.pixels.end(),
-                                          [](std::uint32_t pixel) { return pixel >> 24; }));
+int Inked(const Render& r) {
+    return static_cast<int>(std::count_if(r.pixels.begin(), r.pixels.end(), [](std::uint32_t p) { return p >> 24; }));
 }
 
 class CacheEntryPointsTest : public ::testing::Test {
@@ -50,12 +49,10 @@ protected:
 
 TEST_F(CacheEntryPointsTest, CreateAndDestroyReportWhatTheyDid) {
     EXPECT_TRUE(CreateCharacterCaches());
-    ASSERT_NE(GetMemoryCache(), nullptr);
-    ASSERT_NE(GetDiskCache(), nullptr);
+    ASSERT_TRUE(GetMemoryCache() != nullptr && GetDiskCache() != nullptr);
     EXPECT_FALSE(CreateCharacterCaches()) << "the caches exist already";
     EXPECT_TRUE(DestroyCharacterCaches());
-    EXPECT_EQ(GetMemoryCache(), nullptr);
-    EXPECT_EQ(GetDiskCache(), nullptr);
+    EXPECT_TRUE(GetMemoryCache() == nullptr && GetDiskCache() == nullptr);
     EXPECT_FALSE(DestroyCharacterCaches()) << "nothing left to destroy";
     // A disk cache that exists alone is kept; the memory cache joins it.
     ASSERT_TRUE(CreateDiskCache());
@@ -64,30 +61,18 @@ TEST_F(CacheEntryPointsTest, CreateAndDestroyReportWhatTheyDid) {
     EXPECT_EQ(GetDiskCache(), disk);
 }
 
-TEST_F(CacheEntryPointsTest, WithoutCachesOnlyTheNoCacheFlagGetsAnOutline) {
-    SquareHost host;
-    const Render cached = RenderCharacter(host, 'X');
-    EXPECT_EQ(cached.plan, 0);
-    EXPECT_EQ(Inked(cached), 0);
-    EXPECT_EQ(host.calls.load(), 0) << "no cache, no build";
-    const Render direct = RenderCharacter(host, 'X', OUTLINE_NO_CACHE);
-    EXPECT_EQ(direct.plan, 1);
-    EXPECT_EQ(host.Builds(), 1);
-    const int side = 'X' % 61 + 4;  // SquareHost's square, one unit per pixel
-    EXPECT_GT(Inked(direct), side * side);
-}
-
+// Without caches only the no-cache flag gets an outline; with them a glyph
+// is built once, and the no-cache flag builds at every render, drawing the same.
 TEST_F(CacheEntryPointsTest, TheSameGlyphRenderedTwiceIsBuiltOnce) {
+    SquareHost host, direct;
+    const Render none = RenderCharacter(host, 'X');
+    EXPECT_TRUE(none.plan == 0 && Inked(none) == 0 && host.calls.load() == 0);
     ASSERT_TRUE(CreateCharacterCaches());
-    SquareHost host;
-    const Render first = RenderCharacter(host, 'X');
-    const Render second = RenderCharacter(host, 'X');
+    const Render first = RenderCharacter(host, 'X'), second = RenderCharacter(host, 'X');
     EXPECT_EQ(first.plan, 1);
     EXPECT_EQ(host.calls.load(), 2) << "asked for size and data once";
+    EXPECT_GT(Inked(first), ('X' % 61 + 4) * ('X' % 61 + 4)) << "SquareHost's square, one unit per pixel";
     EXPECT_TRUE(second.pixels == first.pixels);
-
-    // The no-cache flag builds at every render, and draws the same.
-    SquareHost direct;
     const Render uncached = RenderCharacter(direct, 'X', OUTLINE_NO_CACHE);
     RenderCharacter(direct, 'X', OUTLINE_NO_CACHE);
     EXPECT_EQ(direct.Builds(), 2);
@@ -103,18 +88,15 @@ TEST_F(CacheEntryPointsTest, ADamagedCacheFileRendersTheCharacterAsBefore) {
     EvictUnreferenced(*GetMemoryCache());
     const OutlineRequest ticket = Ticket(host, 'M');
     auto* box = LiveBox(*GetDiskCache(), ticket);
-    ASSERT_NE(box, nullptr);
-    ASSERT_TRUE(box->factory->onDisk);
+    ASSERT_TRUE(box != nullptr && box->factory->onDisk);
     const std::string path = FileOf(*box->factory);
     auto file = FileBytes(path);
     ASSERT_TRUE(file.has_value());
     // Garbage of the right length: the size word stays, the block does not.
     for (std::size_t i = 4; i < file->size(); ++i) (*file)[i] = static_cast<std::uint8_t>(i * 151 + 7);
     WriteFileBytes(path, *file);
-
     const Render after = RenderCharacter(host, 'M');
-    EXPECT_EQ(after.plan, 1);
-    EXPECT_TRUE(after.pixels == before.pixels);
+    EXPECT_TRUE(after.plan == 1 && after.pixels == before.pixels);
     EXPECT_EQ(host.Builds(), 2) << "the damaged file was not used";
     std::filesystem::remove(path);
 }

@@ -29,19 +29,14 @@ uint32_t CoordinateTexture(int32_t x, int32_t y, uintptr_t user) {
 
 uint32_t ReferencePixel(const Box& box, const ClassicRecord& c, const TextureRecord* tex,
                         int32_t x, int32_t y) {
-    const int32_t ix = static_cast<int32_t>(box.originX);
-    const int32_t iy = static_cast<int32_t>(box.originY);
-    const float fx = static_cast<float>(box.x0 - ix);
-    const float fy = static_cast<float>(box.y0 - iy);
+    const int32_t ix = static_cast<int32_t>(box.originX), iy = static_cast<int32_t>(box.originY);
+    const float fx = static_cast<float>(box.x0 - ix), fy = static_cast<float>(box.y0 - iy);
     const float angleA = -static_cast<float>(box.angle);
     const float sA = std::sin(angleA), cA = std::cos(angleA);
     const float w = static_cast<float>(box.halfWidth), h = static_cast<float>(box.halfHeight);
     float start = (100.0f - static_cast<float>(c.start)) * 0.01f * h;
     float end = (100.0f - static_cast<float>(c.end)) * 0.01f * h;
-    if (c.radial == 0) {
-        start = start * 2.0f;
-        end = end * 2.0f;
-    }
+    if (c.radial == 0) start = start * 2.0f, end = end * 2.0f;
     const float span = end - start;
     const float p = static_cast<float>(x) - fx, q = static_cast<float>(y) - fy;
     const float u = p * sA + q * cA + w;
@@ -64,10 +59,7 @@ uint32_t ReferencePixel(const Box& box, const ClassicRecord& c, const TextureRec
         const float band = span / static_cast<float>(2 * repeats);
         float r = d - start;
         bool flip = true;
-        while (r > band) {
-            r -= band;
-            flip = !flip;
-        }
+        for (; r > band; flip = !flip) r -= band;
         const float f = r / band;
         const float m = (1 - f) * (1 - f) / (f * f + (1 - f) * (1 - f));
         wA = flip ? 1 - m : m;
@@ -88,9 +80,7 @@ uint32_t ReferencePixel(const Box& box, const ClassicRecord& c, const TextureRec
         if (mode != 0 && tex->invert) mode += 5;
         const int red = Byte(s, 2), green = Byte(s, 1), blue = Byte(s, 0), sa = Byte(s, 3);
         const int m[10] = {-1, red, green, blue, sa, -1, 255 - red, 255 - green, 255 - blue, 255 - sa};
-        if (mode < 10 && m[mode] >= 0) {
-            alpha = ((m[mode] * alpha + 255) >> 8) & 0xFF;
-        }
+        if (mode < 10 && m[mode] >= 0) alpha = ((m[mode] * alpha + 255) >> 8) & 0xFF;
         for (int i = 0; i < 3; ++i) {
             const int sc = Byte(s, i);
             if (tex->tint) {
@@ -127,8 +117,7 @@ void ExpectMatchesReference(const Box& box, const ClassicRecord& c, const Textur
                           box.originX, box.originY, &c, tex);
     for (int32_t y = 0; y < height; ++y) {
         for (int32_t x = 0; x < width; ++x) {
-            ASSERT_EQ(image.At(x, y), ReferencePixel(box, c, tex, x, y))
-                << name << " at " << x << "," << y;
+            ASSERT_EQ(image.At(x, y), ReferencePixel(box, c, tex, x, y)) << name << " at " << x << "," << y;
         }
     }
     EXPECT_TRUE(image.GuardsIntact()) << name;
@@ -136,10 +125,7 @@ void ExpectMatchesReference(const Box& box, const ClassicRecord& c, const Textur
 
 TEST(ClassicGradient, MatchesTheFormulaPixelByPixel) {
     const Box box{12.3, 8.6, 10.0, 7.5, 0.35, 2.9, -1.7};
-    const struct {
-        const char* name;
-        ClassicRecord record;
-    } cases[] = {
+    const struct { const char* name; ClassicRecord record; } cases[] = {
         {"linear", Record(0, 90, 10, 0.0, 0, 0)},
         {"linear skewed", Record(0, 80, 20, 0.4, 0, 0)},
         {"linear reversed limits", Record(0, 20, 80, 0.0, 0, 0)},

@@ -21,23 +21,15 @@ uint32_t Opaque(int32_t, int32_t, uintptr_t) { return 0xFF808080u; }
 
 std::vector<std::pair<const char*, std::function<void(const ImageBlock*)>>> Generators() {
     static const FourCornerGradientParameters ramp{{}, 0.0, {0xFF0000FFu, 0, 0, 0}, 2.0, 0, 0, 0.0, 0.0};
-    static const ClassicRecord classic = [] {
-        ClassicRecord c{};
-        c.colour1 = 0xFFFF0000u;
-        c.end = 100.0;
-        return c;
-    }();
+    static const ClassicRecord classic{0, 0xFFFF0000u, 0, 0, 0.0, 100.0, 0.0, 0, 0, 0.0, 0, 0, 0.0, 0.0};
     static const TextureRecord texture{Opaque, 0, 4, 1, 1, {}};
     static const TextureStyle style{0, 0, 0.5, 0.5, 0.5};
     return {
         {"solid", [](const ImageBlock* b) { FillSolid(b, 0x12345678u); }},
         {"four-corner", [](const ImageBlock* b) { FillFourCornerGradient(b, &ramp); }},
-        {"classic",
-         [](const ImageBlock* b) { RenderClassicGradient(b, 2, 2, 2, 2, 0.3, 0, 0, &classic, &texture); }},
+        {"classic", [](const ImageBlock* b) { RenderClassicGradient(b, 2, 2, 2, 2, 0.3, 0, 0, &classic, &texture); }},
         {"sampled",
-         [](const ImageBlock* b) {
-             RenderClassicGradientSampled(b, 2, 2, 2, 2, 0.3, 0, 0, &ramp, Opaque, &style, 0);
-         }},
+         [](const ImageBlock* b) { RenderClassicGradientSampled(b, 2, 2, 2, 2, 0.3, 0, 0, &ramp, Opaque, &style, 0); }},
     };
 }
 

@@ -30,10 +30,8 @@ TEST(MessageSlot, TakenOnceAndTerminated) {
 class TraceTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        dir_ = std::filesystem::temp_directory_path() /
-               ("tr_trace_" + std::to_string(::getpid()));
+        dir_ = std::filesystem::temp_directory_path() / ("tr_trace_" + std::to_string(::getpid()));
         std::filesystem::create_directories(dir_);
-        previous_ = std::filesystem::current_path();
         std::filesystem::current_path(dir_);
         tr::SetTraceSwitch(true);
     }
@@ -43,12 +41,11 @@ protected:
         std::filesystem::remove_all(dir_);
     }
     std::string Contents() {
-        std::ifstream in(dir_ / tr::kTraceFileName);
         std::stringstream s;
-        s << in.rdbuf();
+        s << std::ifstream(dir_ / tr::kTraceFileName).rdbuf();
         return s.str();
     }
-    std::filesystem::path dir_, previous_;
+    std::filesystem::path dir_, previous_ = std::filesystem::current_path();
 };
 
 TEST_F(TraceTest, DescribingCallsAppendTheirLines) {
@@ -61,11 +58,10 @@ TEST_F(TraceTest, DescribingCallsAppendTheirLines) {
     SetFragment(s, nullptr, 1, 0.0, 0.0, 0.0);  // dropped: no line
     SetColor(s, 10, 0);
     CloseSurface(s);
-    char p[32];
-    std::snprintf(p, sizeof p, "%p", static_cast<void*>(s));
-    const std::string ptr = p;
+    char ptr[32];
+    std::snprintf(ptr, sizeof ptr, "%p", static_cast<void*>(s));
     const std::string expected =
-        "\n" + ptr + " Create Surface      (data* (nil) W    0 H    0   Pixel Ratio   1.11)\n" +
+        "\n" + std::string(ptr) + " Create Surface      (data* (nil) W    0 H    0   Pixel Ratio   1.11)\n" +
         "  " + ptr + " NewChCbk  65 'A' \n" +
         "  " + ptr + " SetFace  Sz  40.00  H  1.000  W  0.500\n" +
         ".    " + ptr + " (00) SetFragment FaceShadow         0.00   0.00   3.00\n" +

@@ -5,11 +5,9 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <set>
 #include <sstream>
@@ -19,24 +17,17 @@
 
 namespace {
 
-// Names in a but not in b, for readable failures.
-std::set<std::string> Missing(const std::set<std::string>& a, const std::set<std::string>& b) {
-    std::set<std::string> out;
-    std::set_difference(a.begin(), a.end(), b.begin(), b.end(), std::inserter(out, out.end()));
-    return out;
-}
-
-std::string ReadSourceFile(const std::string& relative) {
+std::istringstream SourceFile(const std::string& relative) {
     const char* root = std::getenv("TR_TEST_SOURCE_DIR");
     std::ifstream in(std::string(root ? root : ".") + "/" + relative);
     std::stringstream s;
     s << in.rdbuf();
-    return s.str();
+    return std::istringstream(s.str());
 }
 
 // Declarations start a line with TR_API; the name is the word before '('.
 std::set<std::string> HeaderEntryPoints() {
-    std::istringstream header(ReadSourceFile("include/titlerender.h"));
+    std::istringstream header = SourceFile("include/titlerender.h");
     std::set<std::string> names;
     for (std::string line; std::getline(header, line);) {
         const std::size_t open = line.find('(');
@@ -47,41 +38,32 @@ std::set<std::string> HeaderEntryPoints() {
     return names;
 }
 
-TEST(OrdinalTable, MatchesHeaderAndIsSorted) {
-    std::set<std::string> header = HeaderEntryPoints();
+// The table is sorted, covers the header, and agrees with the module
+// definition: ordinal 12 is exported by name as well, all others by number.
+TEST(OrdinalTable, MatchesHeaderAndModuleDefinition) {
+    std::set<std::string> header = HeaderEntryPoints(), table;
     ASSERT_EQ(header.erase("titlerender_entry_point"), 1u);
-    std::set<std::string> table;
+    std::map<std::string, std::string> listed;  // name -> ordinal, "N" when NONAME
+    std::istringstream def = SourceFile("titlerender.def");
+    for (std::string line; std::getline(def, line);) {
+        std::istringstream fields(line);
+        std::string name, ordinal, flag;
+        fields >> name >> ordinal >> flag;
+        if (ordinal.size() >= 2 && ordinal[0] == '@') listed[name] = ordinal.substr(1) + (flag == "NONAME" ? "N" : "");
+    }
+    EXPECT_EQ(listed.size(), tr::GetOrdinalTable().size());
     uint32_t previous = 0;
     for (const tr::OrdinalEntry& entry : tr::GetOrdinalTable()) {
         EXPECT_GT(entry.ordinal, previous);
         previous = entry.ordinal;
-        EXPECT_NE(entry.function, nullptr) << entry.name;
         EXPECT_TRUE(table.insert(entry.name).second) << entry.name;
+        EXPECT_NE(entry.function, nullptr) << entry.name;
         EXPECT_EQ(titlerender_entry_point(entry.ordinal), entry.function) << entry.ordinal;
+        EXPECT_EQ(listed[entry.name], std::to_string(entry.ordinal) + (entry.ordinal == 12 ? "" : "N")) << entry.name;
     }
-    EXPECT_EQ(Missing(table, header), std::set<std::string>());
-    EXPECT_EQ(Missing(header, table), std::set<std::string>());
+    EXPECT_EQ(table, header);
     for (uint32_t unassigned : {0u, 13u, 89u, 132u, 134u, 254u, 301u, 0xFFFFFFFFu}) {
         EXPECT_EQ(titlerender_entry_point(unassigned), nullptr) << unassigned;
-    }
-}
-
-// Ordinal 12 is exported by name as well; all others by number only.
-TEST(OrdinalTable, ModuleDefinitionListsEveryOrdinal) {
-    const std::string def = ReadSourceFile("titlerender.def");
-    std::istringstream lines(ReadSourceFile("titlerender.def"));
-    std::map<std::string, std::string> listed; // name -> ordinal, "N" when NONAME
-    for (std::string line; std::getline(lines, line);) {
-        std::istringstream fields(line);
-        std::string name, ordinal, flag;
-        fields >> name >> ordinal >> flag;
-        if (ordinal.size() < 2 || ordinal[0] != '@') continue;
-        listed[name] = ordinal.substr(1) + (flag == "NONAME" ? "N" : "");
-    }
-    ASSERT_EQ(listed.size(), tr::GetOrdinalTable().size());
-    for (const tr::OrdinalEntry& entry : tr::GetOrdinalTable()) {
-        EXPECT_EQ(listed[entry.name], std::to_string(entry.ordinal) + (entry.ordinal == 12 ? "" : "N"))
-            << entry.name;
     }
 }
 
@@ -91,8 +73,7 @@ TEST(OrdinalTable, SharedLibraryExportsExactlyTheEntryPoints) {
     const std::string library = std::string(build) + "/libtitlerender.so";
     void* handle = dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(handle, nullptr) << dlerror();
-    using Lookup = const void* (*)(uint32_t);
-    auto lookup = reinterpret_cast<Lookup>(dlsym(handle, "titlerender_entry_point"));
+    auto lookup = reinterpret_cast<const void* (*)(uint32_t)>(dlsym(handle, "titlerender_entry_point"));
     ASSERT_NE(lookup, nullptr);
     for (const tr::OrdinalEntry& entry : tr::GetOrdinalTable()) {
         void* symbol = dlsym(handle, entry.name);
@@ -100,9 +81,7 @@ TEST(OrdinalTable, SharedLibraryExportsExactlyTheEntryPoints) {
         EXPECT_EQ(lookup(entry.ordinal), symbol) << entry.name;
     }
     dlclose(handle);
-
-    const std::string command = "nm -D --defined-only " + library + " 2>/dev/null";
-    FILE* pipe = popen(command.c_str(), "r");
+    FILE* pipe = popen(("nm -D --defined-only " + library + " 2>/dev/null").c_str(), "r");
     ASSERT_NE(pipe, nullptr);
     std::set<std::string> exported;
     char buffer[512];
@@ -112,10 +91,8 @@ TEST(OrdinalTable, SharedLibraryExportsExactlyTheEntryPoints) {
         if (fields >> address >> type >> name) exported.insert(name);
     }
     pclose(pipe);
-    std::set<std::string> expected = HeaderEntryPoints();
     exported.erase("TITLERENDER");  // version node of the export map, if any
-    EXPECT_EQ(Missing(exported, expected), std::set<std::string>());
-    EXPECT_EQ(Missing(expected, exported), std::set<std::string>());
+    EXPECT_EQ(exported, HeaderEntryPoints());
 }
 
 }  // namespace

@@ -16,69 +16,40 @@ namespace {
 
 using Plans = std::vector<uint32_t>;
 
-Region MakeRegion(int32_t x, int32_t y, int32_t w, int32_t h, Plans plans) {
-    Region r;
-    r.rect = {x, y, w, h};
-    r.plans = std::move(plans);
-    return r;
-}
+Region R(int32_t x, int32_t y, int32_t w, int32_t h, Plans plans) { return Region{{x, y, w, h}, std::move(plans)}; }
 
 std::string Describe(const std::vector<Region>& regions) {
     std::ostringstream s;
     for (const Region& r : regions) {
-        s << "(" << r.rect.x << "," << r.rect.y << "," << r.rect.width << "," << r.rect.height
-          << ")[";
+        s << "(" << r.rect.x << "," << r.rect.y << "," << r.rect.width << "," << r.rect.height << ")[";
         for (uint32_t p : r.plans) s << p << " ";
         s << "] ";
     }
     return s.str();
 }
 
+// Column order when there are more x edges than y edges, else row order;
+// cells of equal plans merge along that order, never across an empty cell.
 TEST(RegionDecomposition, WorkedCases) {
-    const RegionRect clip{0, 0, 100, 100};
-    const struct {
-        const char* name;
-        std::vector<Region> in;
-        std::vector<Region> out;
-    } cases[] = {
-        {"side by side: column order",
-         {MakeRegion(0, 0, 10, 10, {1}), MakeRegion(5, 0, 10, 10, {2})},
-         {MakeRegion(0, 0, 5, 10, {1}), MakeRegion(5, 0, 5, 10, {1, 2}),
-          MakeRegion(10, 0, 5, 10, {2})}},
-        {"one above the other: row order",
-         {MakeRegion(0, 0, 10, 10, {1}), MakeRegion(0, 5, 10, 10, {2})},
-         {MakeRegion(0, 0, 10, 5, {1}), MakeRegion(0, 5, 10, 5, {1, 2}),
-          MakeRegion(0, 10, 10, 5, {2})}},
-        {"no plans adds no edges",
-         {MakeRegion(0, 0, 10, 10, {1}), MakeRegion(5, 5, 10, 10, {})},
-         {MakeRegion(0, 0, 10, 10, {1})}},
-        {"equal rectangles",
-         {MakeRegion(2, 2, 8, 8, {5}), MakeRegion(2, 2, 8, 8, {2, 5})},
-         {MakeRegion(2, 2, 8, 8, {2, 5})}},
-        // x edges 0 10 20 30 outnumber y edges 0 10 20: the first column's two
-        // cells merge back into the tall region.
-        {"merge down a column",
-         {MakeRegion(0, 0, 10, 20, {1}), MakeRegion(10, 0, 10, 10, {2}),
-          MakeRegion(20, 0, 10, 10, {3})},
-         {MakeRegion(0, 0, 10, 20, {1}), MakeRegion(10, 0, 10, 10, {2}),
-          MakeRegion(20, 0, 10, 10, {3})}},
-        // An empty cell between two cells of equal plans keeps them apart (x
-        // edges 0 10 20 30 40 outnumber y edges 0 10 20 30: column order).
+    const struct { const char* name; std::vector<Region> in, out; } cases[] = {
+        {"side by side: column order", {R(0, 0, 10, 10, {1}), R(5, 0, 10, 10, {2})},
+         {R(0, 0, 5, 10, {1}), R(5, 0, 5, 10, {1, 2}), R(10, 0, 5, 10, {2})}},
+        {"one above the other: row order", {R(0, 0, 10, 10, {1}), R(0, 5, 10, 10, {2})},
+         {R(0, 0, 10, 5, {1}), R(0, 5, 10, 5, {1, 2}), R(0, 10, 10, 5, {2})}},
+        {"no plans adds no edges", {R(0, 0, 10, 10, {1}), R(5, 5, 10, 10, {})}, {R(0, 0, 10, 10, {1})}},
+        {"equal rectangles", {R(2, 2, 8, 8, {5}), R(2, 2, 8, 8, {2, 5})}, {R(2, 2, 8, 8, {2, 5})}},
+        {"merge down a column", {R(0, 0, 10, 20, {1}), R(10, 0, 10, 10, {2}), R(20, 0, 10, 10, {3})},
+         {R(0, 0, 10, 20, {1}), R(10, 0, 10, 10, {2}), R(20, 0, 10, 10, {3})}},
         {"no merge across a gap",
-         {MakeRegion(0, 0, 10, 10, {1}), MakeRegion(0, 20, 10, 10, {1}),
-          MakeRegion(10, 0, 30, 10, {2}), MakeRegion(20, 0, 10, 10, {2})},
-         {MakeRegion(0, 0, 10, 10, {1}), MakeRegion(0, 20, 10, 10, {1}),
-          MakeRegion(10, 0, 10, 10, {2}), MakeRegion(20, 0, 10, 10, {2}),
-          MakeRegion(30, 0, 10, 10, {2})}},
-        // Row order merges along rows: x edges 0 10 (2) < y edges 0 10 20 30.
-        {"merge along a row",
-         {MakeRegion(0, 0, 10, 30, {4}), MakeRegion(0, 10, 10, 10, {1})},
-         {MakeRegion(0, 0, 10, 10, {4}), MakeRegion(0, 10, 10, 10, {1, 4}),
-          MakeRegion(0, 20, 10, 10, {4})}},
+         {R(0, 0, 10, 10, {1}), R(0, 20, 10, 10, {1}), R(10, 0, 30, 10, {2}), R(20, 0, 10, 10, {2})},
+         {R(0, 0, 10, 10, {1}), R(0, 20, 10, 10, {1}), R(10, 0, 10, 10, {2}), R(20, 0, 10, 10, {2}),
+          R(30, 0, 10, 10, {2})}},
+        {"merge along a row", {R(0, 0, 10, 30, {4}), R(0, 10, 10, 10, {1})},
+         {R(0, 0, 10, 10, {4}), R(0, 10, 10, 10, {1, 4}), R(0, 20, 10, 10, {4})}},
     };
     for (const auto& c : cases) {
         std::vector<Region> regions = c.in;
-        DecomposeRegions(regions, clip);
+        DecomposeRegions(regions, RegionRect{0, 0, 100, 100});
         EXPECT_EQ(Describe(regions), Describe(c.out)) << c.name;
     }
 }
@@ -107,9 +78,7 @@ void CheckAgainstPixels(const std::vector<Region>& in, const RegionRect& clip,
     const auto expected = ExpectedPixels(in, clip);
     std::map<std::pair<int, int>, Plans> got;
     for (const Region& r : out) {
-        ASSERT_GT(r.rect.width, 0) << input;
-        ASSERT_GT(r.rect.height, 0) << input;
-        ASSERT_FALSE(r.plans.empty()) << input;
+        ASSERT_TRUE(r.rect.width > 0 && r.rect.height > 0 && !r.plans.empty()) << input;
         ASSERT_TRUE(std::is_sorted(r.plans.begin(), r.plans.end())) << input;
         ASSERT_EQ(std::adjacent_find(r.plans.begin(), r.plans.end()), r.plans.end()) << input;
         for (int y = r.rect.y; y < r.rect.y + r.rect.height; ++y) {
@@ -124,9 +93,7 @@ void CheckAgainstPixels(const std::vector<Region>& in, const RegionRect& clip,
 
 TEST(RegionDecomposition, RandomRegionsMatchPerPixelPlans) {
     std::mt19937 rng(20261123);
-    auto uniform = [&rng](int lo, int hi) {
-        return std::uniform_int_distribution<int>(lo, hi)(rng);
-    };
+    auto uniform = [&rng](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng); };
     for (int iteration = 0; iteration < 2000; ++iteration) {
         const RegionRect clip{uniform(-10, 10), uniform(-10, 10), uniform(0, 50), uniform(0, 50)};
         std::vector<Region> in;
@@ -134,13 +101,10 @@ TEST(RegionDecomposition, RandomRegionsMatchPerPixelPlans) {
         for (int i = 0; i < count; ++i) {
             Plans plans;
             const int planCount = uniform(0, 3) == 0 ? 0 : uniform(1, 3);
-            for (int p = 0; p < planCount; ++p)
-                plans.push_back(static_cast<uint32_t>(uniform(1, 6)));
-            in.push_back(MakeRegion(uniform(-15, 45), uniform(-15, 45), uniform(-2, 30),
-                                    uniform(-2, 30), plans));
+            for (int p = 0; p < planCount; ++p) plans.push_back(static_cast<uint32_t>(uniform(1, 6)));
+            in.push_back(R(uniform(-15, 45), uniform(-15, 45), uniform(-2, 30), uniform(-2, 30), plans));
         }
-        const std::string input = "clip " + Describe({MakeRegion(clip.x, clip.y, clip.width,
-                                                                 clip.height, {})}) + Describe(in);
+        const std::string input = "clip " + Describe({R(clip.x, clip.y, clip.width, clip.height, {})}) + Describe(in);
         std::vector<Region> out = in;
         DecomposeRegions(out, clip);
         ASSERT_NO_FATAL_FAILURE(CheckAgainstPixels(in, clip, out, input));
@@ -148,13 +112,13 @@ TEST(RegionDecomposition, RandomRegionsMatchPerPixelPlans) {
 }
 
 TEST(RegionDecomposition, ExtremeCoordinatesDoNotOverflow) {
-    std::vector<Region> regions = {MakeRegion(INT32_MAX - 5, INT32_MAX - 5, INT32_MAX, 100, {1}),
-                                   MakeRegion(INT32_MIN, 0, 20, INT32_MAX, {2})};
+    std::vector<Region> regions = {R(INT32_MAX - 5, INT32_MAX - 5, INT32_MAX, 100, {1}),
+                                   R(INT32_MIN, 0, 20, INT32_MAX, {2})};
     DecomposeRegions(regions, RegionRect{INT32_MAX - 10, 0, INT32_MAX, INT32_MAX});
     // The second region ends before the clip starts; the first is cut at the
     // clip's right edge, 2^32 − 12, which no 32-bit sum could express.
     EXPECT_EQ(Describe(regions),
-              Describe({MakeRegion(INT32_MAX - 5, INT32_MAX - 5, INT32_MAX - 5, 5, {1})}));
+              Describe({R(INT32_MAX - 5, INT32_MAX - 5, INT32_MAX - 5, 5, {1})}));
 }
 
 }  // namespace

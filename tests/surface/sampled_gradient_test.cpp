@@ -58,27 +58,16 @@ uint32_t ReferencePixel(const Box& box, const SampledGradientParameters& p, Text
         double ta = Byte(s, 3) / 255.0, tf;
         const double ga = ch[3] / 255.0;
         const double e1 = style.textureAlphaExponent, e2 = style.gradientAlphaExponent;
-        if (e1 >= 1) {
-            tf = ta, ta = 1;
-        } else if (e1 <= 0) {
-            tf = 1;
-        } else if (ta == 0) {
-            ta = tf = 0;
-        } else {
-            tf = std::pow(ta, e1), ta = ta / tf;
-        }
+        // Each alpha splits into a part that mixes and a part that multiplies.
+        if (e1 >= 1) tf = ta, ta = 1;
+        else if (e1 <= 0) tf = 1;
+        else if (ta == 0) ta = tf = 0;
+        else tf = std::pow(ta, e1), ta = ta / tf;
         double ge, gf;
-        if (e2 >= 1) {
-            ge = 1, gf = ga;
-        } else if (e2 > 0) {
-            if (ga == 0) {
-                ge = gf = 0;
-            } else {
-                gf = std::pow(ga, e2), ge = ga / gf;
-            }
-        } else {
-            ge = ga, gf = 1;
-        }
+        if (e2 >= 1) ge = 1, gf = ga;
+        else if (!(e2 > 0)) ge = ga, gf = 1;
+        else if (ga == 0) ge = gf = 0;
+        else gf = std::pow(ga, e2), ge = ga / gf;
         const double A = (ta - ge) * style.mix + ge;
         if (A < 0.0001) {
             ch[0] = ch[1] = ch[2] = ch[3] = 0; // the shine still applies
@@ -103,16 +92,12 @@ uint32_t ReferencePixel(const Box& box, const SampledGradientParameters& p, Text
         ch[3] = alpha;
     }
     uint32_t pixel = 0;
-    for (int c = 3; c >= 0; --c) {
-        pixel = pixel << 8 | static_cast<uint32_t>(static_cast<int32_t>(ch[c]));
-    }
+    for (int c = 3; c >= 0; --c) pixel = pixel << 8 | static_cast<uint32_t>(static_cast<int32_t>(ch[c]));
     return pixel;
 }
 
 SampledGradientParameters Parameters(double rotation, double shineWidth) {
-    return SampledGradientParameters{
-        {}, rotation, {0xFFF01008u, 0x80209F30u, 0xC000FFFFu, 0xFF7F7F7Fu}, shineWidth, 0x90FFF0E0u,
-        0,  0.5,      0.15};
+    return {{}, rotation, {0xFFF01008u, 0x80209F30u, 0xC000FFFFu, 0xFF7F7F7Fu}, shineWidth, 0x90FFF0E0u, 0, 0.5, 0.15};
 }
 
 void ExpectMatchesReference(const Box& box, const SampledGradientParameters& p, TextureCallback cb,
@@ -123,8 +108,7 @@ void ExpectMatchesReference(const Box& box, const SampledGradientParameters& p, 
                                  box.angle, box.originX, box.originY, &p, cb, &style, kUserValue);
     for (int32_t y = 0; y < kHeight; ++y) {
         for (int32_t x = 0; x < kWidth; ++x) {
-            ASSERT_EQ(image.At(x, y), ReferencePixel(box, p, cb, style, x, y))
-                << name << " at " << x << "," << y;
+            ASSERT_EQ(image.At(x, y), ReferencePixel(box, p, cb, style, x, y)) << name << " at " << x << "," << y;
         }
     }
     EXPECT_TRUE(image.GuardsIntact()) << name;
@@ -132,12 +116,7 @@ void ExpectMatchesReference(const Box& box, const SampledGradientParameters& p, 
 
 TEST(SampledGradient, WithoutCallbackIsTheRotatedFourCornerGradient) {
     const TextureStyle style{0, 0, 0.7, 0.5, 0.5}; // ignored without a callback
-    const struct {
-        const char* name;
-        Box box;
-        double rotation;
-        int32_t pitch;
-    } cases[] = {
+    const struct { const char* name; Box box; double rotation; int32_t pitch; } cases[] = {
         {"upright", {11, 7.5, 11, 7.5, 0.0, 0, 0}, 0.0, 23},
         {"rotated", {10.2, 6.9, 9, 6, 0.4, 1.5, 2.5}, 0.3, 23},
         {"shine angle limited", {10.2, 6.9, 9, 6, 0.4, 1.5, 2.5}, -0.5, 22},

@@ -17,9 +17,8 @@ namespace {
 std::vector<std::string>* gEvents = nullptr;
 
 void Acquire(void* reference, int32_t faceA, int32_t faceB, int32_t userValue) {
-    gEvents->push_back("acquire " + std::string(static_cast<const ImageReference*>(reference)->name) +
-                       " " + std::to_string(faceA) + " " + std::to_string(faceB) + " " +
-                       std::to_string(userValue));
+    gEvents->push_back("acquire " + std::string(static_cast<const ImageReference*>(reference)->name) + " " +
+                       std::to_string(faceA) + " " + std::to_string(faceB) + " " + std::to_string(userValue));
 }
 void Release(void* reference) {
     gEvents->push_back("release " + std::string(static_cast<const ImageReference*>(reference)->name));
@@ -30,10 +29,7 @@ protected:
     void SetUp() override { gEvents = &events; }
     void TearDown() override { gEvents = nullptr; }
 
-    Surface* NewSurface() {
-        SurfaceDescriptor d{{pixels, 4, 4, 16}, 1.0};
-        return CreateSurface(&d);
-    }
+    Surface* NewSurface() { return CreateSurface(&small); }
     static FaceParameters Face(double x) { return FaceParameters{30.0, 1.0, 1.0, 0, 0, 0, x, 0, 0, 0}; }
     static std::vector<const CSetFace*> Faces(const CScript* script) {
         std::vector<const CSetFace*> faces;
@@ -45,13 +41,14 @@ protected:
 
     std::vector<std::string> events;
     uint32_t pixels[16] = {};
+    SurfaceDescriptor small{{pixels, 4, 4, 16}, 1.0};
     ScriptCallbacks callbacks{&Acquire, &Release, sizeof(ImageReference)};
 };
 
 // A character recorded while it renders plays back to the same pixels. A
 // stack painter is recorded as a null colour.
 TEST_F(ScriptTest, PlaybackRendersWhatRecordingRendered) {
-    const std::vector<uint8_t> glyph = tr_test::PolygonData(tr_test::kSquare);
+    const std::vector<uint8_t> glyph = tr::test::PolygonGlyph(tr_test::kSquare);
     std::vector<uint32_t> recorded(64 * 64, 0), played(64 * 64, 0);
     SurfaceDescriptor d{{recorded.data(), 64, 64, 256}, 1.0};
     Surface* s = CreateSurface(&d);
@@ -92,16 +89,14 @@ TEST_F(ScriptTest, RecordOnlySurfaceDoesNotExecuteAndItsCloneIsDeep) {
     EXPECT_EQ(FinishCharacter(s, 0, 0, 0, 0), 0);
     CloseSurface(s);
     CScript* copy = CloneScript(script);
-    ASSERT_NE(copy, nullptr);
-    EXPECT_TRUE(copy->IsClosed());
+    ASSERT_TRUE(copy != nullptr && copy->IsClosed());
     ASSERT_EQ(copy->GetCommands().size(), 2u);
     EXPECT_NE(copy->GetCommands().front(), script->GetCommands().front());
     DeleteScript(script);  // the copy stays playable
-    SurfaceDescriptor d{{pixels, 4, 4, 16}, 1.0};
-    PlayScript(&d, copy, -1);
+    PlayScript(&small, copy, -1);
     DeleteScript(copy);
     EXPECT_EQ(CloneScript(nullptr), nullptr);
-    PlayScript(&d, nullptr, 0);
+    PlayScript(&small, nullptr, 0);
 }
 
 // Spreading sorts the faces by x and moves the i-th of n by i * v / (n - 1);
@@ -111,10 +106,7 @@ TEST_F(ScriptTest, RecordOnlySurfaceDoesNotExecuteAndItsCloneIsDeep) {
 TEST_F(ScriptTest, FaceAdjustmentsAndPlaybackSnap) {
     Surface* s = NewSurface();
     CScript* script = AttachRecordingScript(s, &callbacks);
-    for (double x : {30.0, 10.0, 20.0}) {
-        FaceParameters f = Face(x);
-        SetFace(s, &f);
-    }
+    for (FaceParameters f : {Face(30.0), Face(10.0), Face(20.0)}) SetFace(s, &f);
     CloseSurface(s);
     const double ten = 10.0, minus = -2.7;
     AdjustScript(script, 0, &ten);
@@ -126,13 +118,10 @@ TEST_F(ScriptTest, FaceAdjustmentsAndPlaybackSnap) {
     const double x[3] = {30.0 + 10.0 + minus, 10.0 + minus, 20.0 + 5.0 + minus};
     const int32_t faceA[3] = {10 - 2, 0 - 2, 5 - 2};
     for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(faces[i]->parameters.x, x[i]) << i;
-        EXPECT_EQ(faces[i]->parameters.y, minus) << i;
-        EXPECT_EQ(faces[i]->faceA, faceA[i]) << i;
-        EXPECT_EQ(faces[i]->faceB, -2) << i;
+        EXPECT_TRUE(faces[i]->parameters.x == x[i] && faces[i]->parameters.y == minus) << i;
+        EXPECT_TRUE(faces[i]->faceA == faceA[i] && faces[i]->faceB == -2) << i;
     }
-    SurfaceDescriptor d{{pixels, 4, 4, 16}, 1.0};
-    PlayScript(&d, script, 0);
+    PlayScript(&small, script, 0);
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(faces[i]->parameters.x, std::trunc(x[i] * 16.0 + 0.5) / 16.0) << i;
         EXPECT_EQ(faces[i]->parameters.y, -2.625) << i;  // -42.7 truncates toward zero
@@ -161,9 +150,8 @@ TEST_F(ScriptTest, PlaybackHandsReferenceCopiesToHost) {
     name = "overwritten";  // the script keeps its own copy of the name
     AdjustScript(script, 4, &dx);
 
-    SurfaceDescriptor d{{pixels, 4, 4, 16}, 1.0};
-    PlayScript(&d, script, 9);
-    PlayScript(&d, script, 9);
+    PlayScript(&small, script, 9);
+    PlayScript(&small, script, 9);
     std::vector<std::string> expected;
     for (int play = 0; play < 2; ++play) {
         expected.insert(expected.end(), 3, "acquire marble.png 7 0 9");
