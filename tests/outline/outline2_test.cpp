@@ -162,7 +162,9 @@ TEST(Outline2, LoadsAndDestructionGiveTheCachedBlockBack) {
     ASSERT_TRUE(CreateCharacterCacheLevels());
     const auto held = [] {  // handles held on the memory cache's blocks
         int count = 0;
-        const auto add = [](CharacterMemoryCache::Box* b, void* sum) { return *static_cast<int*>(sum) += b->refCount, 0; };
+        const auto add = [](CharacterMemoryCache::Box* b, void* sum) {
+            return *static_cast<int*>(sum) += b->refCount, 0;
+        };
         GetMemoryCache()->ForEachBox(add, &count);
         return count;
     };
