@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "coverage_map_util.h"
+#include "raster_test_util.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 
 #include "raster/band_kernels.h"
 #include "raster/depth_bands.h"
-#include "rasterizer_test_util.h"
+#include "raster_test_util.h"
 
 namespace {
 

@@ -6,8 +6,7 @@
 #include <cmath>
 #include <vector>
 
-#include "coverage_map_util.h"
-#include "rasterizer_test_util.h"
+#include "raster_test_util.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include <random>
 #include <string>
 
-#include "coverage_map_util.h"
+#include "raster_test_util.h"
 
 namespace {
 

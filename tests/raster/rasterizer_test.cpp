@@ -14,9 +14,8 @@
 #include <sstream>
 #include <vector>
 
-#include "coverage_map_util.h"
+#include "raster_test_util.h"
 #include "raster/rasterizer_impl.h"
-#include "rasterizer_test_util.h"
 
 namespace {
 

@@ -7,8 +7,7 @@
 #include <cstring>
 #include <random>
 
-#include "coverage_map_util.h"
-#include "rasterizer_test_util.h"
+#include "raster_test_util.h"
 
 namespace {
 

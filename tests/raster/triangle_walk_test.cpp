@@ -9,7 +9,7 @@
 #include <limits>
 #include <random>
 
-#include "coverage_map_util.h"
+#include "raster_test_util.h"
 #include "raster/coverage_kernels.h"
 
 namespace {
