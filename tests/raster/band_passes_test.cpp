@@ -8,80 +8,56 @@
 
 #include "raster/band_kernels.h"
 #include "raster/depth_bands.h"
-#include "rasterizer_test_util.h"
+#include "raster_test_util.h"
 
 namespace {
 
 using trtest::ScreenSpaceRasterizer;
 
-// Screen position of an object coordinate under ScreenSpaceRasterizer:
-// clip = v - 1, window = clip * 1 + 1, stored as a float.
-float Screen(double v) { return static_cast<float>((v - 1.0) + 1.0); }
-
-struct StripPoint {
-    double x, y, theta;
-};
-
-// A closed 12-gon around (cx, cy) with strips leaving outward.
-std::vector<StripPoint> Polygon(double cx, double cy, double radius) {
-    std::vector<StripPoint> pts;
-    for (int i = 0; i <= 12; ++i) {
-        const double a = (i % 12) * 2 * M_PI / 12;
-        pts.push_back({cx + radius * std::cos(a), cy + radius * std::sin(a), a});
-    }
-    return pts;
-}
-
-// Reference: the far strips as triangles into one buffer for the whole map.
-std::vector<uint8_t> WholeMapReference(int32_t w, int32_t h, const std::vector<StripPoint>& pts,
-                                       double d) {
-    std::vector<uint16_t> depth(static_cast<size_t>(w) * h, 0);
-    const tr::BandTarget target{depth.data(), nullptr, w, 0, h};
-    for (size_t i = 0; i + 1 < pts.size(); ++i) {
-        const StripPoint& p = pts[i];
-        const StripPoint& q = pts[i + 1];
-        const float ax = Screen(p.x), ay = Screen(p.y);
-        const float bx = Screen(p.x + d * std::cos(p.theta)), by = Screen(p.y + d * std::sin(p.theta));
-        const float cx = Screen(q.x), cy = Screen(q.y);
-        const float dx = Screen(q.x + d * std::cos(q.theta)), dy = Screen(q.y + d * std::sin(q.theta));
-        tr::ScreenTriangle t1{{ax, bx, cx}, {ay, by, cy}, {{64770, 255, 64770}, {0, 0, 0}}};
-        tr::ScreenTriangle t2{{dx, bx, cx}, {dy, by, cy}, {{255, 255, 64770}, {0, 0, 0}}};
-        tr::FillBandTriangle(target, tr::BandKernel::kDepthFar, t1);
-        tr::FillBandTriangle(target, tr::BandKernel::kDepthFar, t2);
-    }
-    std::vector<uint8_t> out(static_cast<size_t>(w / 4) * (h / 4), 0xEE);
-    tr::ResolveDepthBand(depth.data(), w, 0, h / 4, true, out.data());
-    return out;
-}
-
+// 2704 x 2704 sub-samples: 3 * W * H > 20 MiB, so two bands. Far strips of
+// depth 300 leave a closed 12-gon; the reference draws their triangles
+// (a, b, c) and (d, b, c) into one buffer for the whole map.
 TEST(BandPasses, BandedDepthPassEqualsWholeMapResolve) {
-    // 2704 x 2704 sub-samples: 3 * W * H > 20 MiB, so two bands.
-    constexpr int32_t kW = 2704, kH = 2704;
-    std::vector<uint16_t> coverage(static_cast<size_t>(kW) * kH / 4);
-    auto r = ScreenSpaceRasterizer(coverage.data(), kW, kH);
-    const auto pts = Polygon(1352, 1352, 900);
-    const double d = 300;
-    std::vector<uint8_t> out(static_cast<size_t>(kW / 4) * (kH / 4), 0xEE);
+    constexpr int32_t kW = 2704, kTiles = kW / 4;
+    constexpr double kDepth = 300;
+    std::vector<double> x, y, theta;
+    for (int i = 0; i <= 12; ++i) {
+        theta.push_back((i % 12) * 2 * M_PI / 12);
+        x.push_back(1352 + 900 * std::cos(theta.back()));
+        y.push_back(1352 + 900 * std::sin(theta.back()));
+    }
+    std::vector<uint16_t> coverage(static_cast<size_t>(kW) * kW / 4);
+    auto r = ScreenSpaceRasterizer(coverage.data(), kW, kW);
+    std::vector<uint8_t> out(static_cast<size_t>(kTiles) * kTiles, 0xEE);
     int bands = 0;
-    uint32_t keep = 0;
-    for (;;) {
-        ASSERT_EQ(r->DepthBandPass(out.data(), d, keep), 0u);
+    for (uint32_t keep = 0;; keep = 1) {
+        ASSERT_EQ(r->DepthBandPass(out.data(), kDepth, keep), 0u);
         r->Begin();
-        for (const StripPoint& p : pts) r->DepthVertexFar(p.x, p.y, p.theta);
-        r->End();
+        for (size_t i = 0; i < x.size(); ++i) r->DepthVertexFar(x[i], y[i], theta[i]);
         ++bands;
         if (r->DepthBandPass(nullptr, 0, 0) == 0) break;
-        keep = 1;
     }
     EXPECT_EQ(bands, 2);
-    const auto want = WholeMapReference(kW, kH, pts, d);
-    ASSERT_EQ(out.size(), want.size());
-    size_t differing = 0, strip = 0;
-    for (size_t i = 0; i < out.size(); ++i) {
-        differing += out[i] != want[i];
-        strip += want[i] != 10 && want[i] != 0xEE;
+
+    std::vector<uint16_t> depth(static_cast<size_t>(kW) * kW, 0);
+    auto f = [](double v) { return static_cast<float>(v); };  // screen = object coordinates
+    for (size_t i = 0; i + 1 < x.size(); ++i) {
+        const float ax = f(x[i]), ay = f(y[i]), cx = f(x[i + 1]), cy = f(y[i + 1]);
+        const float bx = f(x[i] + kDepth * std::cos(theta[i]));
+        const float by = f(y[i] + kDepth * std::sin(theta[i]));
+        const float dx = f(x[i + 1] + kDepth * std::cos(theta[i + 1]));
+        const float dy = f(y[i + 1] + kDepth * std::sin(theta[i + 1]));
+        const tr::BandTarget target{depth.data(), nullptr, kW, 0, kW};
+        tr::FillBandTriangle(target, tr::BandKernel::kDepthFar,
+                             {{ax, bx, cx}, {ay, by, cy}, {{64770, 255, 64770}, {}}});
+        tr::FillBandTriangle(target, tr::BandKernel::kDepthFar,
+                             {{dx, bx, cx}, {dy, by, cy}, {{255, 255, 64770}, {}}});
     }
-    EXPECT_EQ(differing, 0u);
+    std::vector<uint8_t> want(out.size(), 0xEE);
+    tr::ResolveDepthBand(depth.data(), kW, 0, kTiles, true, want.data());
+    EXPECT_TRUE(out == want);
+    size_t strip = 0;
+    for (uint8_t v : want) strip += v != 10 && v != 0xEE;
     EXPECT_GT(strip, 10000u);
 }
 
@@ -96,7 +72,7 @@ TEST(BandPasses, EmptyPassWritesDefaultsInsideTheRingOnly) {
     EXPECT_EQ(r->DepthBandPass(nullptr, 0, 0), 0u);
     r->SweepPass(sweep.data(), 3, 4);
     r->SweepPass(nullptr, 0, 0);
-    for (int ty = 0; ty < kTy; ++ty) {
+    for (int ty = 0; ty < kTy; ++ty)
         for (int tx = 0; tx < kTx; ++tx) {
             const bool ring = tx == 0 || ty == 0 || tx == kTx - 1 || ty == kTy - 1;
             const size_t o = ty * kTx + tx;
@@ -105,26 +81,23 @@ TEST(BandPasses, EmptyPassWritesDefaultsInsideTheRingOnly) {
             EXPECT_EQ(shaded[2 * o], ring ? 0xEE : 128);
             EXPECT_EQ(shaded[2 * o + 1], ring ? 0xEE : 10);
         }
-    }
 }
 
-// A sweep strip from a horizontal contour down by (0, 24): depth falls from
-// 64770 at the contour to 255 at the swept end.
+// A sweep strip from a horizontal contour at y = 24 down by 40: depth falls
+// from 64770 at the contour to 255 at the swept end.
 TEST(BandPasses, SweepRampsFromContourToSweptEnd) {
-    constexpr int32_t kW = 96, kH = 96, kTx = kW / 4;
-    std::vector<uint16_t> coverage(kW * kH / 4);
-    auto r = ScreenSpaceRasterizer(coverage.data(), kW, kH);
+    constexpr int32_t kW = 96, kTx = kW / 4, kMid = kTx / 2;
+    std::vector<uint16_t> coverage(kW * kW / 4);
+    auto r = ScreenSpaceRasterizer(coverage.data(), kW, kW);
     std::vector<uint8_t> out(kTx * kTx, 0xEE);
     r->SweepPass(out.data(), 0, 40);
     r->Begin();
     r->SweepVertex(8, 24);
     r->SweepVertex(88, 24);
-    r->End();
     r->SweepPass(nullptr, 0, 0);
-    const int tx = kTx / 2;
-    EXPECT_EQ(out[2 * kTx + tx], 10);  // above the contour
-    for (int ty = 7; ty <= 14; ++ty) EXPECT_LT(out[ty * kTx + tx], out[(ty - 1) * kTx + tx]) << ty;
-    EXPECT_EQ(out[20 * kTx + tx], 10);  // below the swept end (24 + 40 = 64)
+    EXPECT_EQ(out[2 * kTx + kMid], 10);  // above the contour
+    for (int ty = 7; ty <= 14; ++ty) EXPECT_LT(out[ty * kTx + kMid], out[(ty - 1) * kTx + kMid]) << ty;
+    EXPECT_EQ(out[20 * kTx + kMid], 10);  // below the swept end
 }
 
 }  // namespace

@@ -1,7 +1,8 @@
-// Span writers and coverage kernels: the word-store constant kernels against
-// their one-nibble twins, constant against general kernels, maps that
-// rewrite a single applicator number, and the prepared-vertex kernels
-// (word stores, byte-table words) against the reference kernels.
+// Span writers and coverage kernels: word-store writers and kernels against
+// their one-nibble twins and the layout definition, constant against
+// general kernels, a map that rewrites one applicator number against the
+// fill-rule oracle, and the prepared-vertex kernels against the reference
+// kernels.
 #include "raster/coverage_kernels.h"
 
 #include <gtest/gtest.h>
@@ -10,13 +11,14 @@
 #include <random>
 #include <vector>
 
-#include "coverage_map_util.h"
+#include "raster_test_util.h"
 
 namespace {
 
-using trtest::FillRuleOracle;
 using trtest::GuardedMap;
 using trtest::TriangleText;
+
+constexpr int kCols = 24;  // a row of six tiles for the span tests
 
 tr::NibbleTables TablesOf(const uint8_t* map) {
     tr::NibbleTables t;
@@ -24,85 +26,68 @@ tr::NibbleTables TablesOf(const uint8_t* map) {
     return t;
 }
 
+std::vector<uint16_t> RandomWords(std::mt19937& rng, size_t n) {
+    std::vector<uint16_t> w(n);
+    for (auto& v : w) v = static_cast<uint16_t>(rng());
+    return w;
+}
+
 void FillRandom(GuardedMap& m, std::mt19937& rng) {
     for (size_t i = 0; i < m.Bytes() / 2; ++i) m.Words()[i] = static_cast<uint16_t>(rng());
 }
 
-struct RandomTriangle {
+struct Triangle {
     float xs[3], ys[3];
 };
 
-RandomTriangle MakeTriangle(std::mt19937& rng, float lo, float hi) {
+Triangle RandomTriangle(std::mt19937& rng, float lo, float hi) {
     std::uniform_real_distribution<float> c(lo, hi);
-    RandomTriangle t;
+    Triangle t;
     for (int i = 0; i < 3; ++i) t.xs[i] = c(rng), t.ys[i] = c(rng);
     return t;
 }
 
-void Draw(GuardedMap& m, tr::CoverageKernel k, const RandomTriangle& t,
+void Draw(GuardedMap& m, tr::CoverageKernel k, const Triangle& t,
           const tr::NibbleTables* tables = nullptr) {
-    tr::ScreenTriangle s{};
-    for (int i = 0; i < 3; ++i) s.x[i] = t.xs[i], s.y[i] = t.ys[i];
+    const tr::ScreenTriangle s{{t.xs[0], t.xs[1], t.xs[2]}, {t.ys[0], t.ys[1], t.ys[2]}, {}};
     k(tr::CoverageTarget{m.Words(), m.W(), m.H(), tables, nullptr}, s);
 }
 
-TEST(CoverageSpans, NineSubSamplesFromFourWithValueTen) {
-    // Row 0 of a map 16 wide: words 0, 4, 8, 12 hold columns 0-3 ... 12-15.
-    std::vector<uint16_t> row(16, 0x7777);
-    tr::FillSpanConstant(row.data(), 4, 13, 10);
-    EXPECT_EQ(row[0], 0x7777);
-    EXPECT_EQ(row[4], 0xAAAA);  // x = 4..7
-    EXPECT_EQ(row[8], 0xAAAA);  // x = 8..11
-    EXPECT_EQ(row[12], 0xA777); // x = 12 only; 13 untouched
-}
-
-TEST(CoverageSpans, ZeroClearsOnlyCoveredNibbles) {
-    std::vector<uint16_t> row(8, 0xFFFF);
-    tr::FillSpanConstant(row.data(), 1, 3, 0);
-    EXPECT_EQ(row[0], 0xF00F);
-    EXPECT_EQ(row[4], 0xFFFF);
-}
-
-// Every span of a 6-tile row, every value, random previous contents: the
+// Every span of the row, every value, random previous contents: the
 // word-store writer, its plain twin and the general writer with a constant
-// map agree word for word.
-TEST(CoverageSpans, AllSpansAgreeBetweenWriters) {
+// map agree, and change exactly the span's nibbles of the row's words
+// (every fourth word; the words between belong to other sub-rows).
+TEST(CoverageSpans, AllSpansAgreeBetweenWritersAndTheDefinition) {
     std::mt19937 rng(5);
-    constexpr int kCols = 24;
     for (uint32_t k = 0; k < 16; ++k) {
         uint8_t map[16];
         std::memset(map, static_cast<int>(k), sizeof map);
         const tr::NibbleTables tables = TablesOf(map);
         for (int x0 = 0; x0 < kCols; ++x0) {
             for (int x1 = x0; x1 <= kCols; ++x1) {
-                std::vector<uint16_t> a(kCols), b, c, original;
-                for (auto& w : a) w = static_cast<uint16_t>(rng());
-                original = b = c = a;
+                const std::vector<uint16_t> original = RandomWords(rng, kCols);
+                std::vector<uint16_t> a = original, b = original, c = original;
                 tr::FillSpanConstant(a.data(), x0, x1, k);
                 tr::FillSpanConstantPlain(b.data(), x0, x1, k);
                 tr::FillSpanGeneral(c.data(), x0, x1, tables);
                 ASSERT_EQ(a, b) << "k " << k << " span [" << x0 << ", " << x1 << ")";
                 ASSERT_EQ(a, c) << "k " << k << " span [" << x0 << ", " << x1 << ")";
-                // Row words are 4 apart; the three words between belong to
-                // other sub-rows and must not change.
-                for (int i = 0; i < kCols; ++i) {
+                for (int i = 0; i < kCols; ++i)
                     for (int pos = 0; pos < 4; ++pos) {
                         const int x = (i / 4) * 4 + pos, shift = 12 - 4 * pos;
                         const bool in = i % 4 == 0 && x >= x0 && x < x1;
-                        const uint32_t want = in ? k : (original[i] >> shift) & 0xF;
-                        ASSERT_EQ((a[i] >> shift) & 0xFu, want) << "word " << i << " nibble " << pos;
+                        ASSERT_EQ((a[i] >> shift) & 0xFu, in ? k : (original[i] >> shift) & 0xFu)
+                            << "k " << k << " span [" << x0 << ", " << x1 << ") word " << i;
                     }
-                }
             }
         }
     }
 }
 
-// The byte-table word writer against the nibble-by-nibble general writer:
-// every span of a 6-tile row under random maps, from random contents.
+// The byte-table word writer against the nibble-by-nibble general writer,
+// every span under random maps.
 TEST(CoverageSpans, ByteTableWordsAgreeWithNibbleWriter) {
     std::mt19937 rng(55);
-    constexpr int kCols = 24;
     for (int n = 0; n < 40; ++n) {
         uint8_t map[16];
         for (uint8_t& v : map) v = static_cast<uint8_t>(rng() % 16);
@@ -111,9 +96,7 @@ TEST(CoverageSpans, ByteTableWordsAgreeWithNibbleWriter) {
         tr::BuildByteMapTable(map, bytes);
         for (int x0 = 0; x0 < kCols; ++x0) {
             for (int x1 = x0; x1 <= kCols; ++x1) {
-                std::vector<uint16_t> a(kCols), b;
-                for (auto& w : a) w = static_cast<uint16_t>(rng());
-                b = a;
+                std::vector<uint16_t> a = RandomWords(rng, kCols), b = a;
                 tr::FillSpanGeneralWords(a.data(), x0, x1, bytes);
                 tr::FillSpanGeneral(b.data(), x0, x1, tables);
                 ASSERT_EQ(a, b) << "map " << n << " span [" << x0 << ", " << x1 << ")";
@@ -122,20 +105,8 @@ TEST(CoverageSpans, ByteTableWordsAgreeWithNibbleWriter) {
     }
 }
 
-TEST(CoverageSpans, ByteTableMapsBothNibblesOfEveryByte) {
-    uint8_t map[16];
-    for (int v = 0; v < 16; ++v) map[v] = static_cast<uint8_t>((v * 11 + 5) % 16);
-    tr::ByteMapTable bytes;
-    tr::BuildByteMapTable(map, bytes);
-    for (int hi = 0; hi < 16; ++hi) {
-        for (int lo = 0; lo < 16; ++lo) {
-            ASSERT_EQ(bytes[hi * 16 + lo], map[hi] * 16 + map[lo]) << hi << ", " << lo;
-        }
-    }
-}
-
-// The prepared kernels against the reference kernels, constant and
-// general maps, triangles inside, across and far outside the map.
+// The prepared kernels against the reference kernels, constant and general
+// maps, triangles inside, across and far outside the map.
 TEST(CoverageKernels, PreparedKernelsMatchReferenceKernels) {
     std::mt19937 rng(90210);
     for (int n = 0; n < 6000; ++n) {
@@ -147,14 +118,14 @@ TEST(CoverageKernels, PreparedKernelsMatchReferenceKernels) {
         tr::ByteMapTable bytes;
         tr::BuildByteMapTable(map, bytes);
         const float spread = n % 5 == 0 ? 3e7f : 90.0f;
-        const RandomTriangle t = MakeTriangle(rng, -spread / 9, spread);
+        const Triangle t = RandomTriangle(rng, -spread / 9, spread);
         GuardedMap prepared(80, 72);
         FillRandom(prepared, rng);
         GuardedMap reference = prepared;
-        const tr::CoverageTarget target{prepared.Words(), 80, 72, nullptr, &bytes};
         const tr::PreparedCoverageKernel kernel =
             constant ? tr::PreparedConstantKernel(k) : tr::PreparedGeneralKernel();
-        kernel(target, tr::PrepareVertex(t.xs[0], t.ys[0]), tr::PrepareVertex(t.xs[1], t.ys[1]),
+        kernel(tr::CoverageTarget{prepared.Words(), 80, 72, nullptr, &bytes},
+               tr::PrepareVertex(t.xs[0], t.ys[0]), tr::PrepareVertex(t.xs[1], t.ys[1]),
                tr::PrepareVertex(t.xs[2], t.ys[2]));
         Draw(reference, constant ? tr::ConstantCoverageKernelPlain(k) : tr::GeneralCoverageKernel(),
              t, &tables);
@@ -163,36 +134,25 @@ TEST(CoverageKernels, PreparedKernelsMatchReferenceKernels) {
     }
 }
 
-// The fast path the rasterizer uses against the plain definition, over
-// whole maps with guard words, from random previous contents.
-TEST(CoverageKernels, WordStoreKernelsMatchPlainTwinsOnRandomTriangles) {
+// Whole maps with guard words from random previous contents: the word-store
+// constant kernel, its plain twin and the general kernel with the constant
+// map give the same buffers.
+TEST(CoverageKernels, ConstantKernelsMatchPlainTwinAndGeneralKernel) {
     std::mt19937 rng(31337);
     for (int n = 0; n < 5000; ++n) {
-        const uint32_t k = rng() % 16;
-        const RandomTriangle t = MakeTriangle(rng, -10.0f, 90.0f);
-        GuardedMap fast(80, 80);
-        FillRandom(fast, rng);
-        GuardedMap plain = fast;
-        Draw(fast, tr::ConstantCoverageKernel(k), t);
-        Draw(plain, tr::ConstantCoverageKernelPlain(k), t);
-        ASSERT_TRUE(fast.SameAs(plain)) << "k " << k << " triangle " << TriangleText(t.xs, t.ys);
-    }
-}
-
-TEST(CoverageKernels, ConstantKernelEqualsGeneralKernelWithConstantMap) {
-    std::mt19937 rng(8);
-    for (int n = 0; n < 3000; ++n) {
         const uint32_t k = rng() % 16;
         uint8_t map[16];
         std::memset(map, static_cast<int>(k), sizeof map);
         const tr::NibbleTables tables = TablesOf(map);
-        const RandomTriangle t = MakeTriangle(rng, -4.0f, 68.0f);
-        GuardedMap a(64, 64);
-        FillRandom(a, rng);
-        GuardedMap b = a;
-        Draw(a, tr::ConstantCoverageKernel(k), t);
-        Draw(b, tr::GeneralCoverageKernel(), t, &tables);
-        ASSERT_TRUE(a.SameAs(b)) << "k " << k << " triangle " << TriangleText(t.xs, t.ys);
+        const Triangle t = RandomTriangle(rng, -10.0f, 90.0f);
+        GuardedMap fast(80, 80);
+        FillRandom(fast, rng);
+        GuardedMap plain = fast, general = fast;
+        Draw(fast, tr::ConstantCoverageKernel(k), t);
+        Draw(plain, tr::ConstantCoverageKernelPlain(k), t);
+        Draw(general, tr::GeneralCoverageKernel(), t, &tables);
+        ASSERT_TRUE(fast.SameAs(plain)) << "k " << k << " " << TriangleText(t.xs, t.ys);
+        ASSERT_TRUE(fast.SameAs(general)) << "k " << k << " " << TriangleText(t.xs, t.ys);
     }
 }
 
@@ -207,35 +167,21 @@ TEST(CoverageKernels, IdentityExceptOneChangesOnlyMatchingSubSamples) {
         for (int v = 0; v < 16; ++v) map[v] = static_cast<uint8_t>(v);
         map[from] = to;
         const tr::NibbleTables tables = TablesOf(map);
-        const RandomTriangle t = MakeTriangle(rng, 0.0f, 64.0f);
+        const Triangle t = RandomTriangle(rng, 0.0f, 64.0f);
         GuardedMap before(64, 64);
-        // Few distinct values so that `from` is common.
-        for (int32_t y = 0; y < 64; ++y)
+        for (int32_t y = 0; y < 64; ++y)  // `from` made common
             for (int32_t x = 0; x < 64; ++x) before.Set(x, y, rng() % 3 == 0 ? from : rng() % 16);
         GuardedMap after = before;
         Draw(after, tr::GeneralCoverageKernel(), t, &tables);
-        const FillRuleOracle oracle(t.xs, t.ys);
-        for (int32_t y = 0; y < 64; ++y) {
+        const trtest::FillRuleOracle oracle(t.xs, t.ys);
+        for (int32_t y = 0; y < 64; ++y)
             for (int32_t x = 0; x < 64; ++x) {
-                const uint32_t want =
-                    oracle.Covers(x, y) && before.At(x, y) == from ? to : before.At(x, y);
-                ASSERT_EQ(after.At(x, y), want) << "(" << x << ", " << y << ") map[" << int(from)
-                                                << "] = " << int(to) << " " << TriangleText(t.xs, t.ys);
+                const uint32_t old = before.At(x, y);
+                ASSERT_EQ(after.At(x, y), oracle.Covers(x, y) && old == from ? to : old)
+                    << "(" << x << ", " << y << ") map[" << int(from) << "] = " << int(to) << " "
+                    << TriangleText(t.xs, t.ys);
             }
-        }
         ASSERT_TRUE(after.GuardsIntact());
-    }
-}
-
-TEST(CoverageKernels, NibbleTablesHoldEntriesShiftedPerPosition) {
-    uint8_t map[16];
-    for (int v = 0; v < 16; ++v) map[v] = static_cast<uint8_t>((v * 7 + 3) % 16);
-    const tr::NibbleTables t = TablesOf(map);
-    for (int v = 0; v < 16; ++v) {
-        EXPECT_EQ(t[0][v], map[v] * 0x1000);
-        EXPECT_EQ(t[1][v], map[v] * 0x0100);
-        EXPECT_EQ(t[2][v], map[v] * 0x0010);
-        EXPECT_EQ(t[3][v], map[v] * 0x0001);
     }
 }
 

@@ -1,15 +1,19 @@
-// tests/raster/coverage_map_util.h — helpers shared by the raster tests: a
+// tests/raster/raster_test_util.h — helpers shared by the raster tests: a
 // coverage map with guard words around it, sub-sample access written from
-// the layout definition, and a brute-force oracle of the fill rule.
+// the layout definition, a brute-force oracle of the fill rule, and a
+// rasterizer whose object coordinates are screen sub-samples.
 #pragma once
 
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "raster/rasterizer.h"
 
 namespace trtest {
 
@@ -24,32 +28,33 @@ public:
         std::memset(Words(), 0, Bytes());
     }
     uint16_t* Words() { return data_.data() + kGuardWords; }
-    const uint16_t* Words() const { return data_.data() + kGuardWords; }
     size_t Bytes() const { return static_cast<size_t>(w_) * h_ / 2; }
     int32_t W() const { return w_; }
     int32_t H() const { return h_; }
     // Sub-sample (x, y): word (y/4)*W + 4*(x/4) + y%4, nibble x%4 from the top.
-    uint32_t At(int32_t x, int32_t y) const {
-        const uint16_t w = Words()[(y / 4) * w_ + 4 * (x / 4) + (y % 4)];
-        return (w >> (12 - 4 * (x % 4))) & 0xF;
-    }
+    uint32_t At(int32_t x, int32_t y) const { return (data_[Index(x, y)] >> Shift(x)) & 0xF; }
     void Set(int32_t x, int32_t y, uint32_t v) {
-        uint16_t& w = Words()[(y / 4) * w_ + 4 * (x / 4) + (y % 4)];
-        const int shift = 12 - 4 * (x % 4);
-        w = static_cast<uint16_t>((w & ~(0xF << shift)) | (v << shift));
+        uint16_t& w = data_[Index(x, y)];
+        w = static_cast<uint16_t>((w & ~(0xF << Shift(x))) | (v << Shift(x)));
+    }
+    int Count(uint32_t v) const {
+        int n = 0;
+        for (int32_t y = 0; y < h_; ++y)
+            for (int32_t x = 0; x < w_; ++x) n += At(x, y) == v;
+        return n;
     }
     bool GuardsIntact() const {
-        for (size_t i = 0; i < kGuardWords; ++i) {
+        for (size_t i = 0; i < kGuardWords; ++i)
             if (data_[i] != kGuardPattern || data_[data_.size() - 1 - i] != kGuardPattern) return false;
-        }
         return true;
     }
-    bool SameAs(const GuardedMap& o) const {
-        return data_.size() == o.data_.size() &&
-               std::memcmp(data_.data(), o.data_.data(), data_.size() * 2) == 0;
-    }
+    bool SameAs(const GuardedMap& o) const { return data_ == o.data_; }
 
 private:
+    size_t Index(int32_t x, int32_t y) const {
+        return kGuardWords + (y / 4) * w_ + 4 * (x / 4) + (y % 4);
+    }
+    static int Shift(int32_t x) { return 12 - 4 * (x % 4); }
     int32_t w_, h_;
     std::vector<uint16_t> data_;
 };
@@ -68,39 +73,32 @@ public:
         for (int i = 0; i < 3; ++i)
             for (int j = i + 1; j < 3; ++j)
                 if (ys[o[j]] < ys[o[i]] || (ys[o[j]] == ys[o[i]] && o[j] < o[i])) std::swap(o[i], o[j]);
+        double x[3], y[3];
         for (int i = 0; i < 3; ++i) {
-            x_[i] = xs[o[i]];
-            y_[i] = ys[o[i]];
-            xf_[i] = static_cast<int64_t>((double(x_[i]) + 0.5) * 2048.0);
-            yf_[i] = static_cast<int64_t>((double(y_[i]) - 0.5) * 2048.0);
+            x[i] = xs[o[i]], y[i] = ys[o[i]];
+            xf_[i] = static_cast<int64_t>((x[i] + 0.5) * 2048.0);
+            yf_[i] = static_cast<int64_t>((y[i] - 0.5) * 2048.0);
         }
-        area2_ = (double(x_[1]) - x_[0]) * (double(y_[2]) - y_[0]) -
-                 (double(x_[2]) - x_[0]) * (double(y_[1]) - y_[0]);
-        dropped_ = std::fabs(area2_) < 0.05;
+        area2_ = (x[1] - x[0]) * (y[2] - y[0]) - (x[2] - x[0]) * (y[1] - y[0]);
     }
     bool Covers(int32_t p, int32_t r) const {
-        if (dropped_) return false;
+        if (std::fabs(area2_) < 0.05) return false;
         const int64_t cy = int64_t{r} * 2048, cx = (int64_t{p} + 1) * 2048;
         if (cy < yf_[0] || cy >= yf_[2]) return false;
         const int64_t longX = EdgeX(0, 2, r);
         const int64_t shortX = cy < yf_[1] ? EdgeX(0, 1, r) : EdgeX(1, 2, r);
-        const int64_t left = area2_ > 0 ? longX : shortX;
-        const int64_t right = area2_ > 0 ? shortX : longX;
-        return left <= cx && cx < right;
+        return area2_ > 0 ? longX <= cx && cx < shortX : shortX <= cx && cx < longX;
     }
 
 private:
-    static int64_t CeilDiv2048(int64_t v) { return (v >= 0 ? v + 2047 : v) / 2048; }
     int64_t EdgeX(int a, int b, int32_t r) const {
-        const int64_t first = CeilDiv2048(yf_[a]);
+        const int64_t first = (yf_[a] >= 0 ? yf_[a] + 2047 : yf_[a]) / 2048;  // ceil
         const double dx = double(xf_[b] - xf_[a]), dy = double(yf_[b] - yf_[a]);
         return xf_[a] + static_cast<int64_t>(double(first * 2048 - yf_[a]) * dx / dy) +
                (r - first) * static_cast<int64_t>(dx / dy * 2048.0);
     }
-    float x_[3], y_[3];
     int64_t xf_[3], yf_[3];
     double area2_;
-    bool dropped_;
 };
 
 inline std::string TriangleText(const float* xs, const float* ys) {
@@ -108,6 +106,36 @@ inline std::string TriangleText(const float* xs, const float* ys) {
     std::snprintf(buf, sizeof buf, "(%.9g, %.9g) (%.9g, %.9g) (%.9g, %.9g)", xs[0], ys[0], xs[1],
                   ys[1], xs[2], ys[2]);
     return buf;
+}
+
+struct RasterizerDeleter {
+    void operator()(CRasterizer* r) const { ReleaseRasterizer(r); }
+};
+using RasterizerPtr = std::unique_ptr<CRasterizer, RasterizerDeleter>;
+
+// Viewport (0, 0, 2, 2) gives scale 1 and offset 1; the projection's
+// translation by -1 cancels the offset, so dyadic object coordinates reach
+// the screen unchanged.
+inline void UseScreenSpace(CRasterizer& r) {
+    r.Viewport(0, 0, 2, 2);
+    r.MatrixMode(kGlProjection);
+    r.LoadIdentity();
+    r.Translate(-1, -1, 0);
+    r.MatrixMode(kGlModelView);
+    r.LoadIdentity();
+}
+
+inline RasterizerPtr ScreenSpaceRasterizer(uint16_t* map, int32_t w, int32_t h) {
+    RasterizerPtr r(CreateRasterizer());
+    r->Init(map, 0, w, h, 0);
+    UseScreenSpace(*r);
+    return r;
+}
+
+inline void SetConstantMap(CRasterizer& r, uint8_t k) {
+    uint8_t map[16];
+    std::memset(map, k, sizeof map);
+    r.SetNibbleMap(map);
 }
 
 }  // namespace trtest
