@@ -22,7 +22,7 @@
 #include "raster/rasterizer_impl.h"
 #include "surface/fragment.h"
 #include "tests/outline/glyph_data.h"
-#include "tests/raster/coverage_map_util.h"
+#include "tests/raster/raster_test_util.h"
 #if TR_TEST_WITH_GLYPH_SOURCE
 #include "tools/glyph_source/glyph_source.h"
 #endif

@@ -122,6 +122,12 @@ TEST(UnionScan, JitteredGridsMatchTheReference) {
         }
         ExpectSameAsReference(mesh, 64, 60, "grid " + std::to_string(n));
     }
+    // Chunks whose segments start more than 2,048 rows apart are ordered
+    // by a comparison sort rather than by counting.
+    for (int n = 0; n < 4; ++n) {
+        const Mesh mesh = Grid(rng, 2, 16, -20.0f, 3.0f, 150.0f + 10.0f * n, 40.0f);
+        ExpectSameAsReference(mesh, 64, 2600, "tall grid " + std::to_string(n));
+    }
 }
 
 // Fans of slivers from one apex to a dense, gently curved polyline, as the
