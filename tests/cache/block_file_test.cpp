@@ -1,5 +1,5 @@
-// Tests of the block file layout and of the block digest. The reader's
-// refusals of damaged files are tested through the disk cache.
+// Tests of the block file layout and the block digest (the reader's refusals
+// of damaged files are tested through the disk cache).
 #include "cache/block_file.h"
 
 #include <gtest/gtest.h>
@@ -15,13 +15,13 @@
 namespace tr::test {
 namespace {
 
-// The size word little-endian, then the block; nothing at all for a block
-// without a pointer; false only when the file does not open.
+// The size word little-endian, then the block; nothing for a block without a
+// pointer; false only when the file does not open.
 TEST(BlockFile, SizeWordLittleEndianThenTheBlock) {
     const std::string path = Talc::PathUtils::GetTempDirectory() + "/tr_block_file_test";
     std::vector<std::uint8_t> block(0x10203);
-    for (std::size_t i = 0; i < block.size(); ++i) block[i] = static_cast<std::uint8_t>(i * 29 + 3);
-    ASSERT_TRUE(WriteBlockFile(path, OMData{block.data(), static_cast<std::uint32_t>(block.size())}));
+    for (std::size_t i = 0; i < block.size(); ++i) block[i] = static_cast<std::uint8_t>(i * 29);
+    ASSERT_TRUE(WriteBlockFile(path, OMData{block.data(), std::uint32_t{0x10203}}));
     std::vector<std::uint8_t> expected = {0x03, 0x02, 0x01, 0x00};
     expected.insert(expected.end(), block.begin(), block.end());
     EXPECT_EQ(FileBytes(path), expected);
@@ -34,14 +34,13 @@ TEST(BlockFile, SizeWordLittleEndianThenTheBlock) {
     std::filesystem::remove(path);
 }
 
-// Over 109 bytes (three 32-byte stripes, one more word and five tail bytes,
-// so every part of the digest is reached): every single-bit change, a swap of
-// two words (in other lanes or in the same lane), and a change of length give
-// another digest.
+// 109 bytes (three 32-byte stripes, a word, five tail bytes: every part of
+// the digest): each bit flipped, two words swapped (across or within a lane)
+// and another length all change the digest.
 TEST(BlockDigest, EverySmallChangeChangesTheDigest) {
     constexpr std::uint32_t kSize = 109;
     std::vector<std::uint8_t> bytes(kSize);
-    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i * 37 + 11);
+    for (std::size_t i = 0; i < kSize; ++i) bytes[i] = static_cast<std::uint8_t>(i * 37 + 11);
     const std::uint64_t digest = BlockDigest(bytes.data(), kSize);
     for (std::size_t bit = 0; bit < kSize * 8; ++bit) {
         bytes[bit / 8] ^= static_cast<std::uint8_t>(1u << (bit % 8));
@@ -51,7 +50,7 @@ TEST(BlockDigest, EverySmallChangeChangesTheDigest) {
     for (const std::size_t other : {8u, 32u, 96u}) {
         std::vector<std::uint8_t> swapped = bytes;
         std::swap_ranges(swapped.begin(), swapped.begin() + 8, swapped.begin() + other);
-        EXPECT_NE(BlockDigest(swapped.data(), kSize), digest) << "word 0 swapped with the word at " << other;
+        EXPECT_NE(BlockDigest(swapped.data(), kSize), digest) << "word 0 swapped with " << other;
     }
     EXPECT_NE(BlockDigest(bytes.data(), kSize - 1), digest);
     bytes.push_back(0);

@@ -1,7 +1,5 @@
-// Tests of the generic cache over a fake factory: failed lookups,
-// invalidation, panic release, the budget invariants under random traffic,
-// the greedy pass (eviction order and stop, thinning of boxes without data)
-// and re-entrant lookups.
+// Tests of the generic cache over a fake factory: failed lookups, invalidation,
+// panic, budget invariants under random traffic, the greedy pass, re-entry.
 #include "cache/cache_implementation.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +8,6 @@
 #include <functional>
 #include <random>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "cache_level_support.h"
@@ -27,24 +24,21 @@ struct Handle {
 };
 bool IsNullHandle(const Handle& handle) { return handle.pointer == nullptr; }
 
-int gLiveFactories = 0;
+int gLiveFactories = 0, gPosts = 0;
 bool gRefuseFactories = false;
 std::function<void()> gOnMakeFactory;  // run once by the next MakeFactory
 
 // Key k costs k bytes; key 0 yields no data.
-class FakeFactory {
-public:
+struct FakeFactory {
     FakeFactory() { ++gLiveFactories; }
     virtual ~FakeFactory() { --gLiveFactories; }
     void GetData(const int& ticket, Handle& out) {
-        if (ticket != 0) out = {&storage_, cost_ = static_cast<uint32_t>(ticket)};
+        if (ticket != 0) out = {&storage, cost = static_cast<uint32_t>(ticket)};
     }
     void Release(Handle&) {}
-    [[nodiscard]] uint32_t GetCost() const { return cost_; }
-
-private:
-    char storage_ = 0;
-    uint32_t cost_ = 0;
+    [[nodiscard]] uint32_t GetCost() const { return cost; }
+    char storage = 0;
+    uint32_t cost = 0;
 };
 
 struct FakeMetaFactory {
@@ -55,8 +49,7 @@ struct FakeMetaFactory {
     }
 };
 
-// A policy that only counts posts, so that tests run the pass themselves.
-int gPosts = 0;
+// Only counts posts: tests run the pass themselves.
 template <typename Private, typename Weight>
 struct CountingPolicy {
     static bool Initialize(Private&) { return true; }
@@ -82,7 +75,9 @@ protected:
     void TearDown() override { EXPECT_EQ(gLiveFactories, 0) << "factories leaked"; }
 };
 
-TEST_F(CacheTest, FailedLookupsLeaveOutUntouchedAndOnlyAFactoryBehind) {
+// A failed lookup leaves `out` alone and at most a factory behind. An
+// invalidated entry is never found again; its data go with its last handle.
+TEST_F(CacheTest, FailedLookupsAndInvalidation) {
     TestCache cache(1000);
     Handle out{&out, 99};
     gRefuseFactories = true;
@@ -94,12 +89,7 @@ TEST_F(CacheTest, FailedLookupsLeaveOutUntouchedAndOnlyAFactoryBehind) {
     ASSERT_EQ(cache.BoxCount(), 1u);
     EXPECT_EQ(BoxesOf(cache)[0]->refCount, 0);
     EXPECT_NE(BoxesOf(cache)[0]->factory, nullptr);
-}
 
-// An invalidated entry is never found again; its data go when its last
-// handle comes back. Flush invalidates everything.
-TEST_F(CacheTest, InvalidateMakesANewEntry) {
-    TestCache cache(1000);
     Handle old, fresh;
     ASSERT_TRUE(cache.Get(50, old));
     EXPECT_TRUE(cache.Invalidate(50));
@@ -107,17 +97,17 @@ TEST_F(CacheTest, InvalidateMakesANewEntry) {
     EXPECT_FALSE(cache.Invalidate(51));
     ASSERT_TRUE(cache.Get(50, fresh));
     EXPECT_NE(fresh.pointer, old.pointer);
-    EXPECT_EQ(gLiveFactories, 2);
+    EXPECT_EQ(gLiveFactories, 3);
     EXPECT_TRUE(cache.Release(old));
-    EXPECT_EQ(gLiveFactories, 1);
+    EXPECT_EQ(gLiveFactories, 2);
     EXPECT_TRUE(cache.Release(fresh));
     EXPECT_TRUE(cache.Flush());
     for (Box* box : BoxesOf(cache)) EXPECT_TRUE(box->invalidated);
     ExpectBudgetInvariants(cache, "after flush");
 }
 
-// Panic is judged after the release has given the entry's cost back to the
-// flexible budget: data are dropped at once only when none is left even then.
+// Panic is judged after the release gave the cost back to the flexible
+// budget: data are dropped at once only when none is left even then.
 TEST_F(CacheTest, PanicDropsDataOnLastRelease) {
     TestCache cache(300);
     Handle big, small;
@@ -135,8 +125,7 @@ TEST_F(CacheTest, PanicDropsDataOnLastRelease) {
     EXPECT_EQ(gLiveFactories, 1) << "a cache without budget keeps nothing unreferenced";
 }
 
-// Random gets, releases and invalidations keep the invariants (the budget is
-// generous, so that no eviction interferes).
+// Random gets, releases and invalidations keep the invariants (no eviction).
 TEST_F(CacheTest, RandomTrafficKeepsInvariants) {
     TestCache cache(100000);
     std::mt19937 random(12345);
@@ -157,12 +146,11 @@ TEST_F(CacheTest, RandomTrafficKeepsInvariants) {
     for (const Handle& handle : held) EXPECT_TRUE(cache.Release(handle));
 }
 
-// Unreferenced data over budget: requests post passes; the pass evicts in
-// ascending weight (equal weights: by address) until the next candidate would
-// take the data below five eighths of the budget. Below budget it does nothing.
+// Over budget, requests post passes; a pass evicts in ascending weight (ties
+// by address) until the next would take the data below 5/8 of the budget.
 TEST_F(CacheTest, GreedyPassEvictsToFiveEighths) {
     TestCache cache(1000);
-    // Near-equal costs, so that any other stopping fraction stops elsewhere.
+    // Near-equal costs: any other stopping fraction stops elsewhere.
     for (int key = 100; key < 120; ++key) Touch(cache, {key});  // 2190 bytes
     EXPECT_GT(gPosts, 0);
     std::vector<Box*> byAddress = BoxesOf(cache);
@@ -185,10 +173,10 @@ TEST_F(CacheTest, GreedyPassEvictsToFiveEighths) {
     EXPECT_EQ(Property<FlexCacheContents>(cache), expected) << "below budget: nothing to do";
 }
 
-// Boxes without data are thinned: over n = 2048 the step is n / 2, so every
-// other box goes whatever the random start; over n ≤ 1024 the position falls
-// by 1024 − n per box from a start below n, so only a run of at most
-// start / (1024 − n) + 1 boxes at the start survives; invalidated ones always go.
+// Boxes without data are thinned: at n = 2048 the step is n / 2, so every
+// other box goes; at n ≤ 1024 the position falls by 1024 − n per box from a
+// start below n, so at most start / (1024 − n) + 1 leading boxes survive;
+// invalidated ones always go.
 TEST_F(CacheTest, PassThinsBoxesWithoutData) {
     const auto Filled = [](TestCache& cache, int n) {
         for (int key = 1; key <= n; ++key) Touch(cache, {key});  // no budget: data dropped at once
@@ -208,15 +196,14 @@ TEST_F(CacheTest, PassThinsBoxesWithoutData) {
     EXPECT_EQ(invalidated.BoxCount(), 0u);
 }
 
-// A lookup made while the entry's own factory is being made (re-entry on the
-// same thread) skips that entry and makes one of its own, seeded with the
-// statistics of the entry under production.
+// A lookup made while the entry's own factory is being made skips that
+// entry and makes its own, seeded with the statistics of the one in production.
 TEST_F(CacheTest, ReentrantLookupSkipsTheEntryUnderProduction) {
     TestCache cache(0);
     Touch(cache, {5, 5});
     Box* original = BoxesOf(cache)[0];
     ASSERT_EQ(original->factory, nullptr);
-    ASSERT_NE(original->lastAccess, 0u) << "the tick count is the seed's tie-breaker";
+    ASSERT_NE(original->lastAccess, 0u) << "the seed's tie-breaker";
     const Box before = *original;
     bool innerGot = false;
     gOnMakeFactory = [&] {

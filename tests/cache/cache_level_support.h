@@ -1,16 +1,14 @@
-// tests/cache/cache_level_support.h — test-private: views into any instance
-// of the generic cache (its boxes, its budget invariants summed from them, a
-// forced eviction), a counting glyph host, reference blocks built without any
-// cache, and the files of the disk cache.
+// tests/cache/cache_level_support.h — test-private: views into any generic
+// cache (boxes, budget invariants, forced eviction), a counting glyph host,
+// reference blocks built without a cache, and the disk cache's files.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <cstdint>
-#include <cstring>
 #include <cstdlib>
-#include <filesystem>
+#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <optional>
@@ -53,8 +51,7 @@ auto Property(Cache& cache) {
     return PropertyOf<P>(static_cast<CacheProperties&>(cache)).Get();
 }
 
-// TotalCacheContents, FlexCacheContents and FlexCacheSize as sums over the
-// boxes, taken under the cache's lock.
+// The budget properties as sums over the boxes, under the cache's lock.
 template <typename Cache>
 void ExpectBudgetInvariants(Cache& cache, const std::string& where) {
     vantor::threads::ScopedLock lock(cache.GetMutex());
@@ -68,12 +65,12 @@ void ExpectBudgetInvariants(Cache& cache, const std::string& where) {
     }
     EXPECT_EQ(Property<TotalCacheContents>(cache), total) << where;
     EXPECT_EQ(Property<FlexCacheContents>(cache), unreferenced) << where;
-    EXPECT_EQ(Property<FlexCacheSize>(cache), Property<TotalCacheSize>(cache) - referenced) << where;
+    EXPECT_EQ(Property<FlexCacheSize>(cache), Property<TotalCacheSize>(cache) - referenced)
+        << where;
 }
 
-// Swaps out every unreferenced entry, as a pass under a budget of nothing
-// does, then restores the budget (which takes no account of referenced
-// entries: for a cache of which no handle is held).
+// Swaps out every unreferenced entry by a pass under a budget of 0 (for a
+// cache of which no handle is held).
 template <typename Cache>
 void EvictUnreferenced(Cache& cache) {
     const std::uint32_t budget = cache.GetCacheSize();
@@ -82,9 +79,8 @@ void EvictUnreferenced(Cache& cache) {
     cache.SetCacheSize(budget);
 }
 
-// Answers every character with a square in the curve-record format whose
-// side is (code % 61 + 4) × `scale` units, so different codes give different
-// blocks. A build calls twice (size, then data).
+// Answers each code with a square of side (code % 61 + 4) × `scale` units in
+// the curve-record format. A build calls twice (size, then data).
 struct SquareHost {
     double scale = 1.0;
     std::atomic<int> calls{0};
@@ -92,13 +88,13 @@ struct SquareHost {
     uintptr_t Context() { return reinterpret_cast<uintptr_t>(this); }
     [[nodiscard]] int Builds() const { return calls.load() / 2; }
 
-    static std::int32_t Callback(uintptr_t context, std::uint32_t code, void*, std::uint32_t size,
-                                 void* buffer, const std::int32_t*) {
+    static std::int32_t Callback(uintptr_t context, std::uint32_t code, void*,
+                                 std::uint32_t size, void* buffer, const std::int32_t*) {
         auto* host = reinterpret_cast<SquareHost*>(context);
         host->calls.fetch_add(1);
         const double side = static_cast<double>(code % 61 + 4) * host->scale;
-        const std::vector<std::uint8_t> data =
-            CurveGlyph().Polygon({0, 0}).Record(1, {{0, side}, {side, side}, {side, 0}}).Data();
+        const std::vector<std::uint8_t> data = CurveGlyph().Polygon({0, 0}).Record(
+            1, {{0, side}, {side, side}, {side, 0}}).Data();
         if (buffer == nullptr) return static_cast<std::int32_t>(data.size());
         if (size < data.size()) return 0;
         std::memcpy(buffer, data.data(), data.size());
@@ -108,7 +104,8 @@ struct SquareHost {
 
 inline OutlineRequest Ticket(SquareHost& host, std::uint16_t code, std::uint32_t extraKey = 8,
                              std::uint32_t flags = 0, std::int32_t outlineSize = 64) {
-    return MakeOutlineRequest(host.Context(), flags, outlineSize, &SquareHost::Callback, code, extraKey, 0);
+    return MakeOutlineRequest(host.Context(), flags, outlineSize, &SquareHost::Callback, code,
+                              extraKey, 0);
 }
 
 inline std::vector<std::uint8_t> BytesOf(const OMData& handle) {
@@ -116,13 +113,12 @@ inline std::vector<std::uint8_t> BytesOf(const OMData& handle) {
     return {handle.pointer, handle.pointer + handle.size};
 }
 
-// The block of a ticket as the direct build makes it, from a host of its own
-// so that the counts of the host under test stay untouched.
+// The block of a ticket as the direct build makes it (from a host of its own).
 inline std::vector<std::uint8_t> ReferenceBlock(const OutlineRequest& ticket) {
     SquareHost host;
-    const OMData built = BuildOutlineBlock(MakeOutlineRequest(host.Context(), ticket.flags, ticket.outlineSize,
-                                                              &SquareHost::Callback, ticket.characterCode,
-                                                              ticket.extraKey, ticket.options));
+    const OMData built = BuildOutlineBlock(
+        MakeOutlineRequest(host.Context(), ticket.flags, ticket.outlineSize, &SquareHost::Callback,
+                           ticket.characterCode, ticket.extraKey, ticket.options));
     std::vector<std::uint8_t> bytes = BytesOf(built);
     delete[] built.pointer;
     return bytes;
@@ -136,7 +132,8 @@ inline std::optional<std::vector<std::uint8_t>> FileBytes(const std::string& pat
 
 inline void WriteFileBytes(const std::string& path, const std::vector<std::uint8_t>& bytes) {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    out.write(reinterpret_cast<const char*>(bytes.data()),
+              static_cast<std::streamsize>(bytes.size()));
 }
 
 // The file of a disk entry (empty when the entry has no name).
@@ -144,8 +141,8 @@ inline std::string FileOf(const OMFactory& factory) {
     return factory.name.empty() ? std::string() : DiskCacheDirectory() + factory.name;
 }
 
-// True when the cache directory lies in the private temporary directory that
-// CTest gives each test, where tests may replace and remove it at will.
+// True when the cache directory lies in the temporary directory CTest gives
+// each test, where tests may replace and remove it.
 inline bool CacheDirectoryIsPrivate() {
     const char* binary = std::getenv("TR_TEST_BINARY_DIR");
     return binary != nullptr && DiskCacheDirectory().rfind(binary, 0) == 0;

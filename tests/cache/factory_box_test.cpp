@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-
 namespace {
 
 struct NoFactory {};
@@ -11,14 +10,12 @@ using Box = Factory_Box<int, NoFactory>;
 using Weight = DefaultFBWeight<Box>;
 
 TEST(DefaultFBWeight, WeightFormula) {
-    struct Case {
+    const struct {
         uint32_t timeCost;
         int32_t cost;
-        uint32_t now;
-        uint32_t lastAccess;
+        uint32_t now, lastAccess;
         double weight;  // worked out by hand
-    };
-    const Case cases[] = {
+    } cases[] = {
         {100, 50, 10, 10, 2.0},        // 100 / 50 / 1
         {100, 50, 13, 10, 0.5},        // 100 / 50 / 4
         {100, 0, 10, 1, 10.0},         // no cost: factor 1; 100 / 10
@@ -26,7 +23,7 @@ TEST(DefaultFBWeight, WeightFormula) {
         {16, 1, 5, 0xFFFFFFFEu, 2.0},  // the age wraps: 5 + 2 + 1 = 8
         {3, 4, 0, 0, 0.75},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         Box box;
         box.timeCost = c.timeCost;
         box.cost = c.cost;
@@ -35,13 +32,13 @@ TEST(DefaultFBWeight, WeightFormula) {
     }
 }
 
-// Ascending weight (cheap, large, long unused first); equal weights by
-// the pass's time stamp, then by address.
+// Ascending weight; equal weights by the pass's time stamp, then by address.
 TEST(DefaultFBWeight, CandidateOrder) {
     Box boxes[2];
     boxes[0].timeCost = boxes[1].timeCost = 40;
     boxes[0].cost = boxes[1].cost = 10;
-    const WeightedBox<Box> old{&boxes[1], 100, 90}, recent{&boxes[0], 100, 99}, tie{&boxes[1], 100, 99};
+    const WeightedBox<Box> old{&boxes[1], 100, 90}, recent{&boxes[0], 100, 99},
+        tie{&boxes[1], 100, 99};
     EXPECT_TRUE(Weight::Before(old, recent));
     EXPECT_FALSE(Weight::Before(recent, old));
     EXPECT_TRUE(Weight::Before(recent, tie));

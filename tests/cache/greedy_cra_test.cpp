@@ -1,6 +1,5 @@
-// Tests of the background side of the greedy policy: posted passes run one
-// at a time on the cache's own executor, and shutdown discards the queued
-// ones and waits for the running one. A fake cache counts the passes.
+// Tests of the greedy policy's background side, over a fake cache that
+// counts passes: one pass at a time, and shutdown.
 #include "cache/greedy_cra.h"
 
 #include <gtest/gtest.h>
@@ -39,7 +38,8 @@ public:
     // Waits up to 10 s for `count` passes started (or finished).
     bool WaitFor(int count, bool finished) {
         std::unique_lock lock(mutex_);
-        return changed_.wait_for(lock, 10s, [&] { return (finished ? passes.load() : started_) >= count; });
+        return changed_.wait_for(
+            lock, 10s, [&] { return (finished ? passes.load() : started_) >= count; });
     }
     std::atomic<int> passes{0};
     std::atomic<bool> overlapped{false};

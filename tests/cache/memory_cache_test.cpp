@@ -1,7 +1,5 @@
-// Tests of the memory cache in front of the disk cache: borrowing from the
-// disk level, when a block goes back there, the client contract shared with
-// the disk cache, and many threads getting and releasing against small
-// budgets while replacement passes run.
+// Tests of the memory cache in front of the disk cache: borrowing blocks and
+// giving them back, the shared contract, and threads against small budgets.
 #include "cache/memory_cache.h"
 
 #include <gtest/gtest.h>
@@ -21,17 +19,10 @@ namespace fs = std::filesystem;
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Memory, CacheLevelContract, MemoryLevel);
 
-class MemoryCacheTest : public ::testing::Test {
-protected:
-    void SetUp() override { ASSERT_TRUE(CreateCharacterCacheLevels()); }
-    void TearDown() override { DestroyCharacterCacheLevels(); }
-};
-
-// An entry borrows its block from the disk cache once, whatever the number
-// of holders. The last release keeps it borrowed unless the entry was
-// invalidated or no flexible budget is left once the handle is back (a budget
-// of 0); a block given back is written to its file.
-TEST_F(MemoryCacheTest, BorrowsOnceAndGivesBackOnlyWhenInvalidatedOrInPanic) {
+// An entry borrows its block from the disk cache once. The last release keeps
+// it unless the entry was invalidated or no flexible budget is left once the
+// handle is back; a block given back is written to its file.
+TEST(MemoryCache, BorrowsOnceAndGivesBackOnlyWhenInvalidatedOrInPanic) {
     const struct {
         const char* name;
         std::uint32_t budget;
@@ -41,8 +32,7 @@ TEST_F(MemoryCacheTest, BorrowsOnceAndGivesBackOnlyWhenInvalidatedOrInPanic) {
                  {"flushed", kMemoryCacheBudget, true, true},
                  {"no budget", 0, false, true}};
     for (const auto& c : cases) {
-        DestroyCharacterCacheLevels();  // fresh caches: no pass is due
-        ASSERT_TRUE(CreateCharacterCacheLevels());
+        ASSERT_TRUE(CreateCharacterCacheLevels()) << c.name;  // fresh: no pass is due
         GetMemoryCache()->SetCacheSize(c.budget);
         SquareHost host;
         const OutlineRequest ticket = Ticket(host, 'a');
@@ -61,14 +51,13 @@ TEST_F(MemoryCacheTest, BorrowsOnceAndGivesBackOnlyWhenInvalidatedOrInPanic) {
         EXPECT_EQ(disk->factory->onDisk, c.givenBack) << c.name;
         ExpectBudgetInvariants(*GetMemoryCache(), c.name);
         ExpectBudgetInvariants(*GetDiskCache(), c.name);
+        EXPECT_TRUE(DestroyCharacterCacheLevels());
     }
 }
 
-// Threads get and release blocks of a few dozen keys at random, holding up to
-// three each, against budgets of a few blocks, so that both caches evict all
-// the time on their background executors while another thread runs passes of
-// its own. Every block handed out must be the right one; afterwards the
-// budget invariants hold, no handle is left, and no file survives the caches.
+// Threads get and release blocks of 48 keys at random, holding up to three,
+// against budgets of a few blocks, while another thread runs passes: every
+// block is right, the invariants hold, no handle or file outlives the caches.
 TEST(CacheLevelsConcurrency, RandomTrafficAgainstSmallBudgets) {
     constexpr int kKeys = 48;
     ASSERT_TRUE(CreateCharacterCacheLevels());
@@ -127,7 +116,7 @@ TEST(CacheLevelsConcurrency, RandomTrafficAgainstSmallBudgets) {
     ExpectBudgetInvariants(disk, "disk");
     std::vector<std::string> files;
     {
-        vantor::threads::ScopedLock memoryLock(memory.GetMutex());  // the caches' lock order
+        vantor::threads::ScopedLock memoryLock(memory.GetMutex());  // the lock order
         vantor::threads::ScopedLock diskLock(disk.GetMutex());
         int borrowed = 0, lent = 0;
         for (auto* box : BoxesOf(memory)) {
@@ -136,7 +125,9 @@ TEST(CacheLevelsConcurrency, RandomTrafficAgainstSmallBudgets) {
         }
         for (auto* box : BoxesOf(disk)) {
             lent += box->refCount;
-            if (box->factory != nullptr && box->factory->onDisk) files.push_back(FileOf(*box->factory));
+            if (box->factory != nullptr && box->factory->onDisk) {
+                files.push_back(FileOf(*box->factory));
+            }
         }
         EXPECT_EQ(lent, borrowed) << "every disk handle is held by a memory entry";
     }

@@ -38,8 +38,8 @@ TEST(PngWriter, RoundTripsStraightAlphaThroughPaddedAndBottomUpStrides) {
         flipped.insert(flipped.end(), pixels.begin() + y * w, pixels.begin() + (y + 1) * w);
     }
     const std::pair<ImageBlock, const std::vector<uint32_t>*> cases[] = {
-        {{buffer.data(), w, h, pitch * 4 + 2}, &pixels},                   // padded, not a pixel multiple
-        {{buffer.data() + pitch * (h - 1), w, h, -pitch * 4}, &flipped}};  // bottom-up: last row is row 0
+        {{buffer.data(), w, h, pitch * 4 + 2}, &pixels},  // padded, not a pixel multiple
+        {{buffer.data() + pitch * (h - 1), w, h, -pitch * 4}, &flipped}};  // bottom-up
     for (const auto& [block, expected] : cases) {
         std::vector<uint8_t> png;
         std::string error;
@@ -53,7 +53,8 @@ TEST(PngWriter, RoundTripsStraightAlphaThroughPaddedAndBottomUpStrides) {
 
 TEST(PngWriter, RefusalsLeaveNoOutputAndSayWhy) {
     uint32_t pixel = 0;
-    const ImageBlock cases[] = {{nullptr, 1, 1, 4}, {&pixel, 0, 1, 4}, {&pixel, 1, 0, 4}, {&pixel, 4, 2, 12}};
+    const ImageBlock cases[] = {
+        {nullptr, 1, 1, 4}, {&pixel, 0, 1, 4}, {&pixel, 1, 0, 4}, {&pixel, 4, 2, 12}};
     for (const ImageBlock& block : cases) {
         std::vector<uint8_t> png(3);
         std::string error;

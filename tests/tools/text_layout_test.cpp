@@ -25,7 +25,7 @@ TEST(DecodeUtf8, FollowsTheEncodingAndReplacesEachBrokenSequence) {
         {"\xC2\x80\xC3\xA9", {0x80, 0xE9}},
         {"\xE2\x82\xAC", {0x20AC}},
         {"\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF", {0x1F600, 0x10FFFF}},
-        {"a\x80\xFF" "b", {0x61, kBad, kBad, 0x62}},   // stray continuation, a byte that never leads
+        {"a\x80\xFF" "b", {0x61, kBad, kBad, 0x62}},   // stray continuation, never a lead
         {"\xE2\x82", {kBad}},                           // truncated at the end
         {"\xC3" "A\xE2\x82Z", {kBad, 0x41, kBad, 0x5A}},  // a letter where a continuation belongs
         {"\xC0\xAF\xE0\x80\xAF", {kBad, kBad}},         // overlong forms
@@ -62,7 +62,8 @@ TEST(LayOutLine, PensAddUpAdvancesAndKerning) {
     const struct {
         std::string text;
         double size, x;
-    } cases[] = {{"WAVE To, Yo!", 96, -10}, {"Title", 48.5, 0}, {"A\xF4\x8F\xBF\xBFV", 64, 5}, {"", 64, 5}};
+    } cases[] = {
+        {"WAVE To, Yo!", 96, -10}, {"Title", 48.5, 0}, {"A\xF4\x8F\xBF\xBFV", 64, 5}, {"", 64, 5}};
     for (const auto& c : cases) {
         const std::vector<uint32_t> codes = DecodeUtf8(c.text);
         std::vector<double> pens;

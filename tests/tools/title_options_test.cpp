@@ -1,5 +1,5 @@
-// CLI options: every option stores its value, colours in their three forms,
-// refusals that name the option and the offending value, and --help.
+// CLI options: values in their accepted forms, refusals naming the option
+// and the value, and --help.
 #include "tools/cli/title_options.h"
 
 #include <gtest/gtest.h>
@@ -22,50 +22,38 @@ Parsed Parse(std::vector<std::string> args) {
     std::vector<char*> argv;
     for (std::string& a : args) argv.push_back(a.data());
     Parsed p;
-    p.ok = tr::cli::ParseTitleOptions(static_cast<int>(args.size()), argv.data(), p.options, p.help, p.error);
+    p.ok = tr::cli::ParseTitleOptions(static_cast<int>(args.size()), argv.data(), p.options,
+                                      p.help, p.error);
     return p;
 }
 
-TEST(TitleOptions, EveryOptionStoresItsValueAndTheHelpNamesIt) {
-    const std::vector<std::string> args = {
-        "--text", "--size", "--font", "/tmp/f.otf", "--size", "10", "--size", "4095.5", "--width", "16384",
-        "--height", "1", "--x", "-12.25", "--y", "1e1", "--fill", "80112233", "--outline", "out",
-        "--outline-width", "2.5", "--outline-colour", "#C0ffEE", "--shadow-angle", "720", "--shadow-distance", "0",
-        "--shadow-colour", "40102030", "--background", "00102030", "--out", "a b.png"};
-    const Parsed p = Parse(args);
+// The forms that need a rule: a value that looks like an option, the last of
+// a repeated option, limits, exponents, colours of 6 digits (opaque) and 8, and an
+// explicit background even when clear.
+TEST(TitleOptions, ValuesInTheirForms) {
+    const Parsed p = Parse({"--text", "--size", "--size", "10", "--size", "4095.5", "--y", "1e1",
+                            "--width", "16384", "--fill", "80112233", "--outline-colour",
+                            "#C0ffEE", "--background", "00102030"});
     ASSERT_TRUE(p.ok) << p.error;
     const TitleOptions& o = p.options;
     EXPECT_EQ(o.text, "--size");
-    EXPECT_EQ(o.font, "/tmp/f.otf");
-    EXPECT_EQ(o.size, 4095.5) << "the last one wins";
-    EXPECT_EQ(o.width, 16384);
-    EXPECT_EQ(o.height, 1);
-    EXPECT_EQ(o.x, -12.25);
-    EXPECT_EQ(o.y, 10.0);
+    EXPECT_EQ(o.size, 4095.5);
+    EXPECT_TRUE(o.y == 10.0 && o.width == 16384);
     EXPECT_EQ(o.fill, 0x80112233u);
-    EXPECT_EQ(o.outlineSide, "out");
-    EXPECT_EQ(o.outlineWidth, 2.5);
-    EXPECT_EQ(o.outlineColour, 0xFFC0FFEEu) << "RRGGBB is opaque";
-    EXPECT_EQ(o.shadowAngle, 720.0);
-    EXPECT_EQ(o.shadowDistance, 0.0);
-    EXPECT_EQ(o.shadowColour, 0x40102030u);
-    EXPECT_FALSE(o.transparent) << "an explicit background, even a clear one";
+    EXPECT_EQ(o.outlineColour, 0xFFC0FFEEu);
+    EXPECT_FALSE(o.transparent);
     EXPECT_EQ(o.background, 0x00102030u);
-    EXPECT_EQ(o.output, "a b.png");
     EXPECT_TRUE(Parse({}).options.transparent);
-    const std::string help = tr::cli::TitleOptionsHelp();
-    EXPECT_EQ(help.rfind("usage: titlerender", 0), 0u);
-    for (std::size_t i = 0; i < args.size(); i += 2) {
-        EXPECT_NE(help.find(" " + args[i] + " "), std::string::npos) << args[i];
-    }
 }
 
 TEST(TitleOptions, RefusalsNameTheOptionAndTheValue) {
     const std::string colour = "(expected a colour AARRGGBB or RRGGBB in hexadecimal)";
     const std::string side = "(expected a whole number of pixels from 1 to 16384)";
     const std::string size = "(expected a number of pixels above 0 and below 4096)";
-    const std::string finite = "(expected a finite number)", pixels = "(expected a number of pixels, 0 or more)";
-    const auto bad = [](const std::string& option, const std::string& value, const std::string& expected) {
+    const std::string finite = "(expected a finite number)";
+    const std::string pixels = "(expected a number of pixels, 0 or more)";
+    const auto bad = [](const std::string& option, const std::string& value,
+                        const std::string& expected) {
         return "bad value for " + option + ": \"" + value + "\" " + expected;
     };
     const std::pair<std::vector<std::string>, std::string> cases[] = {
@@ -87,7 +75,8 @@ TEST(TitleOptions, RefusalsNameTheOptionAndTheValue) {
         {{"--outline", "OUT"}, bad("--outline", "OUT", "(expected in or out)")},
         {{"--outline-width", "inf"}, bad("--outline-width", "inf", pixels)},
         {{"--shadow-distance", "-2"}, bad("--shadow-distance", "-2", pixels)},
-        {{"--shadow-angle", "nan"}, bad("--shadow-angle", "nan", "(expected a finite number of degrees)")},
+        {{"--shadow-angle", "nan"},
+         bad("--shadow-angle", "nan", "(expected a finite number of degrees)")},
         {{"--background", "red"}, bad("--background", "red", colour)},
         {{"--size", "x", "--help"}, bad("--size", "x", size)},  // the first error wins
     };
@@ -97,11 +86,12 @@ TEST(TitleOptions, RefusalsNameTheOptionAndTheValue) {
         EXPECT_EQ(p.error, message);
     }
     const Parsed p = Parse({"--width", "300", "--background", "red"});
-    EXPECT_TRUE(p.options.transparent && p.options.width == 300) << "a refused value changes nothing";
+    EXPECT_TRUE(p.options.transparent && p.options.width == 300) << "a refusal changes nothing";
 }
 
 TEST(TitleOptions, HelpWinsOverTheRestOfTheLine) {
-    const std::vector<std::string> cases[] = {{"-h"}, {"--size", "12", "--help"}, {"--help", "--size", "nonsense"}};
+    const std::vector<std::string> cases[] = {
+        {"-h"}, {"--size", "12", "--help"}, {"--help", "--size", "nonsense"}};
     for (const auto& args : cases) EXPECT_TRUE(Parse(args).help && !Parse(args).ok) << args.size();
 }
 

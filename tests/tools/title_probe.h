@@ -1,6 +1,5 @@
-// Private to tests/tools: where a glyph lies on a title canvas, measured
-// from the font's design units (not through the CLI's own layout), and
-// pixel probes for the rendered canvas.
+// Private to tests/tools: where a glyph lies on a title canvas, from the
+// font's design units (not the CLI's layout), and probes of the canvas.
 #pragma once
 
 #include <ft2build.h>
@@ -46,7 +45,8 @@ inline GlyphBox MeasureGlyph(uint32_t code, double size, double penX, double bas
     FT_BBox c;
     FT_Outline_Get_CBox(&f.face->glyph->outline, &c);
     const double scale = size / f.face->units_per_EM;
-    return {penX + c.xMin * scale, penX + c.xMax * scale, baseline - c.yMax * scale, baseline - c.yMin * scale};
+    return {penX + c.xMin * scale, penX + c.xMax * scale, baseline - c.yMax * scale,
+            baseline - c.yMin * scale};
 }
 
 inline std::string Hex(uint32_t v) {
@@ -73,9 +73,10 @@ struct Canvas {
         std::string first;
         for (int y = 0; y < height; ++y) {
             for (int x = 0; x < width; ++x) {
-                const bool near = x + 1 > b.left - margin && x < b.right + margin && y + 1 > b.top - margin &&
-                                  y < b.bottom + margin;
-                if (!near && pixels[static_cast<std::size_t>(y) * width + x] != expected && count++ == 0) {
+                const bool near = x + 1 > b.left - margin && x < b.right + margin &&
+                                  y + 1 > b.top - margin && y < b.bottom + margin;
+                const uint32_t pixel = pixels[static_cast<std::size_t>(y) * width + x];
+                if (!near && pixel != expected && count++ == 0) {
                     first = At(x, y) + " at " + std::to_string(x) + "," + std::to_string(y);
                 }
             }

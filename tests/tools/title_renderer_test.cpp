@@ -1,6 +1,5 @@
-// Drawing a title line in process, probed at places measured from the
-// font's design units: the stem of an "I", the ring an outline draws round
-// it, the side a shadow falls on, and nothing farther out.
+// Drawing a title line, probed at places measured from the font's design
+// units: an "I", an outline's ring round it, its shadow, nothing farther out.
 #include "tools/cli/title_renderer.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +13,7 @@ namespace {
 
 using titleprobe::Hex;
 
-// A point placed from the stem's middle: k half-widths (or half-heights) plus d pixels.
+// A point placed from the stem's middle: k half-widths (half-heights) plus d px.
 struct Probe {
     double kx, dx, ky, dy;
     uint32_t expected;
@@ -33,17 +32,21 @@ TEST(TitleRenderer, FaceOutlinesAndShadowsLandAroundTheStem) {
     } cases[] = {
         {"plain", "", 0, 0, 0, {{0, 0, 0, 0, kFill}, {0, 0, -1, 3, kFill}, {-1, -3, 0, 0, 0}}},
         {"outer outline", "out", 5, 0, 0,
-         {{0, 0, 0, 0, kFill}, {-1, -2.5, 0, 0, kOutline}, {1, 2.5, 0, 0, kOutline}, {0, 0, -1, -2.5, kOutline}}},
+         {{0, 0, 0, 0, kFill}, {-1, -2.5, 0, 0, kOutline}, {1, 2.5, 0, 0, kOutline},
+          {0, 0, -1, -2.5, kOutline}}},
         {"inner outline", "in", 5, 0, 0,
-         {{0, 0, 0, 0, kFill}, {-1, 2.5, 0, 0, kOutline}, {1, -2.5, 0, 0, kOutline}, {-1, -3, 0, 0, 0}}},
+         {{0, 0, 0, 0, kFill}, {-1, 2.5, 0, 0, kOutline}, {1, -2.5, 0, 0, kOutline},
+          {-1, -3, 0, 0, 0}}},
         {"side without width", "in", 0, 0, 0, {{-1, 2.5, 0, 0, kFill}, {-1, -2.5, 0, 0, 0}}},
         {"width without side", "", 5, 0, 0, {{-1, 2.5, 0, 0, kFill}, {-1, -2.5, 0, 0, 0}}},
         // Angle a moves ink by d (sin a, -cos a): 90 right, 180 down.
         {"shadow right", "", 0, 90, 16, {{1, 8, 0, 0, kShadow}, {-1, -8, 0, 0, 0}}},
         {"shadow down", "", 0, 180, 16, {{0, 0, 1, 8, kShadow}, {0, 0, -1, -8, 0}}},
         // Past the displaced face but inside the displaced outer ring.
-        {"shadow of the outer outline", "out", 5, 90, 16, {{1, 18.5, 0, 0, kShadow}, {1, 13, 0, 0, kShadow}}},
-        {"shadow of the face, inner outline", "in", 5, 90, 16, {{1, 18.5, 0, 0, 0}, {1, 13, 0, 0, kShadow}}},
+        {"shadow of the outer outline", "out", 5, 90, 16,
+         {{1, 18.5, 0, 0, kShadow}, {1, 13, 0, 0, kShadow}}},
+        {"shadow of the face, inner outline", "in", 5, 90, 16,
+         {{1, 18.5, 0, 0, 0}, {1, 13, 0, 0, kShadow}}},
     };
     tr::cli::TitleOptions o;
     o.size = 160;
@@ -63,7 +66,7 @@ TEST(TitleRenderer, FaceOutlinesAndShadowsLandAroundTheStem) {
         o.outlineWidth = c.width;
         o.shadowAngle = c.angle;
         o.shadowDistance = c.distance;
-        titleprobe::Canvas canvas{o.width, o.height, std::vector<uint32_t>(std::size_t{260} * 211, 0)};
+        titleprobe::Canvas canvas{o.width, o.height, std::vector<uint32_t>(260 * 211, 0)};
         const ImageBlock image{canvas.pixels.data(), o.width, o.height, o.width * 4};
         tr::cli::RenderTitleLine(o, *glyphs, {'I'}, {60}, image);
         for (const Probe& p : c.probes) {
@@ -71,7 +74,8 @@ TEST(TitleRenderer, FaceOutlinesAndShadowsLandAroundTheStem) {
             const double y = (b.top + b.bottom) / 2 + p.ky * (b.bottom - b.top) / 2 + p.dy;
             EXPECT_EQ(canvas.At(x, y), Hex(p.expected)) << x << "," << y;
         }
-        EXPECT_EQ(canvas.Stray(b, 3 + c.distance + (std::string(c.side) == "out" ? c.width : 0), 0u), "");
+        const double ring = std::string(c.side) == "out" ? c.width : 0;
+        EXPECT_EQ(canvas.Stray(b, 3 + c.distance + ring, 0u), "");
     }
     DestroyCharacterCaches();
 }

@@ -1,6 +1,5 @@
-// The built titlerender binary, end to end: run as a user runs it, its PNG
-// read back with libpng and probed where the font's design units put the
-// stem of an "I"; failures with their messages, exit codes and no output.
+// The built titlerender binary, end to end: its PNG read back with libpng and
+// probed where the font's design units put an "I"; failures and exit codes.
 #include <png.h>
 #include <sys/wait.h>
 
@@ -23,7 +22,8 @@ using titleprobe::Hex;
 
 const fs::path kDir = TR_CLI_TEST_DIR;
 
-std::string Quote(const std::string& s) {
+std::string Quote(const fs::path& path) {
+    const std::string s = path.string();
     std::string q = "'";
     for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
     return q + "'";
@@ -34,30 +34,30 @@ struct CliRun {
     std::string out, err;
 };
 
-// Runs the CLI with TMPDIR inside the build tree, so nothing it keeps
-// between runs lands outside it; `shell` goes before the command.
+// Runs the CLI with TMPDIR inside the build tree; `shell` goes before it.
 CliRun RunCli(const std::vector<std::string>& args, const std::string& shell = "") {
     fs::create_directories(kDir / "tmp");
-    std::string command = shell + "TMPDIR=" + Quote((kDir / "tmp").string()) + " " + Quote(TR_CLI_PATH);
+    std::string command = shell + "TMPDIR=" + Quote(kDir / "tmp") + " " + Quote(TR_CLI_PATH);
     for (const std::string& a : args) command += " " + Quote(a);
-    command += " >" + Quote((kDir / "stdout.txt").string()) + " 2>" + Quote((kDir / "stderr.txt").string());
+    command += " >" + Quote(kDir / "stdout.txt") + " 2>" + Quote(kDir / "stderr.txt");
     const int status = std::system(command.c_str());
-    const auto slurp = [](const fs::path& path) {
+    const auto slurp = [](const char* name) {
         std::stringstream s;
-        s << std::ifstream(path).rdbuf();
+        s << std::ifstream(kDir / name).rdbuf();
         return s.str();
     };
-    return {status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(kDir / "stdout.txt"),
-            slurp(kDir / "stderr.txt")};
+    return {status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp("stdout.txt"),
+            slurp("stderr.txt")};
 }
 
 TEST(TitlerenderCli, WritesThePngOfTheTitle) {
     constexpr uint32_t kFill = 0xFF3060C0u, kOutline = 0xFF10A020u, kBackground = 0xFF204060u;
     const fs::path png = kDir / "stem.png";
     fs::remove(png);
-    const CliRun run = RunCli({"--text", "I", "--size", "160", "--x", "60", "--y", "150", "--width", "203", "--height",
-                               "211", "--fill", Hex(kFill), "--outline", "out", "--outline-width", "5",
-                               "--outline-colour", Hex(kOutline), "--background", Hex(kBackground), "--out", png});
+    const CliRun run = RunCli({"--text", "I", "--size", "160", "--x", "60", "--y", "150", "--width",
+                               "203", "--height", "211", "--fill", Hex(kFill), "--outline", "out",
+                               "--outline-width", "5", "--outline-colour", Hex(kOutline),
+                               "--background", Hex(kBackground), "--out", png});
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out, png.string() + "\n");
     png_image info;
@@ -98,7 +98,7 @@ TEST(TitlerenderCli, FailuresExplainThemselvesAndWriteNothing) {
         std::string err;  // the first line
     } cases[] = {
         {{"--out", under}, "", 1, "titlerender: cannot open " + under + " for writing"},
-        {{"--font", "/nonexistent/font.ttf"}, "", 1, "titlerender: cannot read font /nonexistent/font.ttf"},
+        {{"--font", "/no/font.ttf"}, "", 1, "titlerender: cannot read font /no/font.ttf"},
         {{"--bogus", "1"}, "", 2, "titlerender: unknown option --bogus"},
 #ifndef TR_CLI_TEST_SANITIZED  // the sanitizer reserves more address space than the limit
         // 16384 x 16384 needs 1 GiB: refused with a message, not an abort.
@@ -117,7 +117,7 @@ TEST(TitlerenderCli, FailuresExplainThemselvesAndWriteNothing) {
         EXPECT_EQ(run.err.substr(0, run.err.find('\n')), c.err);
         EXPECT_EQ(run.out, "");
         EXPECT_FALSE(fs::exists(unwanted));
-        EXPECT_EQ(run.err.find("usage: titlerender") != std::string::npos, c.status == 2) << "usage after bad options";
+        EXPECT_EQ(run.err.find("usage: titlerender") != std::string::npos, c.status == 2);
     }
     const CliRun help = RunCli({"-h"});
     EXPECT_EQ(help.status, 0);

@@ -1,9 +1,6 @@
-// TR_TEXT replaces the default line, for investigating a glyph.
-//
 // Renders a line of DejaVu Sans through the library and compares it with
-// FreeType's own anti-aliased bitmaps of the same glyphs at the same
-// origins: scale, y direction and placement are checked against code no one
-// here wrote.
+// FreeType's anti-aliased bitmaps of the same glyphs at the same origins:
+// scale, y direction and placement against code no one here wrote.
 #include <ft2build.h>
 #include FT_FREETYPE_H
 
@@ -12,7 +9,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -28,12 +24,12 @@ constexpr int kBaseline = 64;
 const char* const kFont = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
 
 // Every printable ASCII glyph, so no choice of line flatters the figures.
-std::string DefaultText() {
+std::string AllPrintable() {
     std::string text;
     for (char c = '!'; c <= '~'; ++c) text += c;
     return text;
 }
-const std::string kText = std::getenv("TR_TEXT") ? std::getenv("TR_TEXT") : DefaultText();
+const std::string kText = AllPrintable();
 
 struct FreeTypeLine {
     std::vector<int> penX;
@@ -53,9 +49,8 @@ bool RenderWithFreeType(FreeTypeLine& line) {
     int pen = 8;
     for (char c : kText) {
         line.penX.push_back(pen);
-        if (FT_Load_Char(face, static_cast<unsigned char>(c), FT_LOAD_RENDER | FT_LOAD_NO_HINTING)) {
-            return false;
-        }
+        const FT_ULong code = static_cast<unsigned char>(c);
+        if (FT_Load_Char(face, code, FT_LOAD_RENDER | FT_LOAD_NO_HINTING)) return false;
         const FT_Bitmap& bitmap = face->glyph->bitmap;
         for (unsigned row = 0; row < bitmap.rows; ++row) {
             for (unsigned col = 0; col < bitmap.width; ++col) {
@@ -87,8 +82,8 @@ TEST(TitlesVsFreeType, FaceMasksAgreeWithFreeTypeBitmaps) {
     Surface* surface = CreateSurface(&d);
     const uint8_t map[16] = {2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2};
     for (std::size_t i = 0; i < kText.size(); ++i) {
-        NewCharacterCallBack(surface, glyphs->Context(), 0, kSize, &tr::tools::GlyphSource::Callback,
-                             static_cast<unsigned char>(kText[i]));
+        NewCharacterCallBack(surface, glyphs->Context(), 0, kSize,
+                             &tr::tools::GlyphSource::Callback, static_cast<uint8_t>(kText[i]));
         FaceParameters face{kSize, 1.0, 1.0, 0.0, 0.0, 0.0, double(reference.penX[i]),
                             double(kBaseline), 0.0, 0.0};
         SetFace(surface, &face);
@@ -141,7 +136,8 @@ TEST(TitlesVsFreeType, FaceMasksAgreeWithFreeTypeBitmaps) {
         worstY = std::max(worstY, std::abs(oy / ow - ty / tw));
         EXPECT_NEAR(ow / tw, 1.0, 0.05) << "ink mass of '" << kText[g] << "'";
     }
-    std::printf("worst centroid difference per glyph: %.3f px across, %.3f px down\n", worstX, worstY);
+    std::printf("worst centroid difference per glyph: %.3f px across, %.3f px down\n", worstX,
+                worstY);
     EXPECT_LT(worstX, 0.3);
     EXPECT_LT(worstY, 0.3);
     ASSERT_GT(either, 2000);  // the line really was drawn
