@@ -25,6 +25,7 @@
 #include "outline/character_data.h"
 #include "outline/outline_builder.h"
 #include "raster/rasterizer_impl.h"
+#include "tests/raster/raster_test_util.h"
 #include "tools/glyph_source/glyph_source.h"
 
 namespace {
@@ -124,16 +125,10 @@ TriangleSet MakeTriangles(Size size) {
     return s;
 }
 
-// Object coordinates are sub-samples: viewport (0, 0, 2, 2) and a
-// projection translated by -1.
+// Object coordinates are sub-samples.
 void SetUp(CRasterizer_& r, uint16_t* map, int32_t side) {
     r.Init(map, 0, side, side, 0);
-    r.Viewport(0, 0, 2, 2);
-    r.MatrixMode(kGlProjection);
-    r.LoadIdentity();
-    r.Translate(-1, -1, 0);
-    r.MatrixMode(kGlModelView);
-    r.LoadIdentity();
+    trtest::UseScreenSpace(r);
 }
 
 // Sub-samples covered, triangle by triangle (overlaps count each time),
