@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <cmath>
+#include <memory>
 
 #include "paint/blend_memo.h"
 #include "paint/coverage_footprint.h"
@@ -196,12 +197,22 @@ uint32_t CompositePixelReference(const CPainter& painter, CColorApplicator* cons
 }  // namespace
 }  // namespace tr
 
-void tr::BlendMemoDeleter::operator()(BlendMemo* memo) const { delete memo; }
+namespace tr {
+namespace {
 
-tr::BlendMemo& CPainter::CompositingMemo(CColorApplicator* const* slots) {
-    if (!blendMemo_ || !blendMemo_->Matches(slots)) blendMemo_.reset(new tr::BlendMemo(slots));
-    return *blendMemo_;
+// The remembered blends of this thread, kept while consecutive characters
+// hold the same flat colours and blend mode (compositing runs on the
+// closing thread; each thread has its own memo, so no lock).
+BlendMemo& SharedMemo(CColorApplicator* const* slots, int32_t blendMode) {
+    thread_local std::unique_ptr<BlendMemo> memo;
+    if (!memo || !memo->Matches(slots, blendMode)) {
+        memo = std::make_unique<BlendMemo>(slots, blendMode);
+    }
+    return *memo;
 }
+
+}  // namespace
+}  // namespace tr
 
 void CompositeCharacter(CPainter& painter, const CompositeRect& rect) {
     using namespace tr;
@@ -209,7 +220,7 @@ void CompositeCharacter(CPainter& painter, const CompositeRect& rect) {
     if (span.IsEmpty()) return;
     CColorApplicator* slots[kNumberCount];
     GatherSlots(painter, slots);
-    BlendMemo& memo = painter.CompositingMemo(slots);
+    BlendMemo& memo = SharedMemo(slots, painter.blendMode);
     for (int32_t ty = span.y0; ty < span.y1; ++ty)
         CompositeRow(painter, slots, memo, ty, span.x0, span.x1);
 }
