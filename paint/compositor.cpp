@@ -40,11 +40,6 @@ uint32_t CompositeCounted(const FootprintWords& f, CColorApplicator* const* slot
     return ShadeAndBlendCounts(painted, counts, slots, x, y, target, blendMode);
 }
 
-namespace {
-
-// The counted path of one pixel, remembered in the memo when its numbers
-// allow: counts of the present numbers, then one ShadeAt per present number
-// 2-15 in increasing order.
 uint32_t CompositeCountedMemo(const FootprintWords& f, CColorApplicator* const* slots, int32_t x,
                               int32_t y, uint32_t target, int32_t blendMode, BlendMemo& memo) {
     uint8_t counts[kNumberCount];
@@ -57,6 +52,17 @@ uint32_t CompositeCountedMemo(const FootprintWords& f, CColorApplicator* const* 
     memo.StoreCounted(key, target, result);
     return result;
 }
+
+BlendMemo& SharedBlendMemo(CColorApplicator* const* slots, int32_t blendMode) {
+    // One per thread: compositing runs on the closing thread, so no lock.
+    thread_local std::unique_ptr<BlendMemo> memo;
+    if (!memo || !memo->Matches(slots, blendMode)) {
+        memo = std::make_unique<BlendMemo>(slots, blendMode);
+    }
+    return *memo;
+}
+
+namespace {
 
 void CompositeRow(const CPainter& painter, CColorApplicator* const* slots, BlendMemo& memo,
                   int32_t ty, int32_t tx0, int32_t tx1) {
@@ -197,22 +203,6 @@ uint32_t CompositePixelReference(const CPainter& painter, CColorApplicator* cons
 }  // namespace
 }  // namespace tr
 
-namespace tr {
-namespace {
-
-// The remembered blends of this thread, kept while consecutive characters
-// hold the same flat colours and blend mode (compositing runs on the
-// closing thread; each thread has its own memo, so no lock).
-BlendMemo& SharedMemo(CColorApplicator* const* slots, int32_t blendMode) {
-    thread_local std::unique_ptr<BlendMemo> memo;
-    if (!memo || !memo->Matches(slots, blendMode)) {
-        memo = std::make_unique<BlendMemo>(slots, blendMode);
-    }
-    return *memo;
-}
-
-}  // namespace
-}  // namespace tr
 
 void CompositeCharacter(CPainter& painter, const CompositeRect& rect) {
     using namespace tr;
@@ -220,7 +210,7 @@ void CompositeCharacter(CPainter& painter, const CompositeRect& rect) {
     if (span.IsEmpty()) return;
     CColorApplicator* slots[kNumberCount];
     GatherSlots(painter, slots);
-    BlendMemo& memo = SharedMemo(slots, painter.blendMode);
+    BlendMemo& memo = SharedBlendMemo(slots, painter.blendMode);
     for (int32_t ty = span.y0; ty < span.y1; ++ty)
         CompositeRow(painter, slots, memo, ty, span.x0, span.x1);
 }

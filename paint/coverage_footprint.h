@@ -189,6 +189,16 @@ uint32_t ShadeAndBlendCounts(uint32_t painted, const uint8_t counts[kNumberCount
 uint32_t CompositeCounted(const FootprintWords& f, CColorApplicator* const* slots, int32_t x,
                           int32_t y, uint32_t target, int32_t blendMode);
 
+class BlendMemo;
+// CompositeCounted through remembered blends (paint/blend_memo.h); the memo
+// must have been made for these slots and blend mode (same pixels).
+uint32_t CompositeCountedMemo(const FootprintWords& f, CColorApplicator* const* slots, int32_t x,
+                              int32_t y, uint32_t target, int32_t blendMode, BlendMemo& memo);
+// The remembered blends of this thread, kept while consecutive calls ask
+// for the same flat colours and blend mode and made anew otherwise; shared
+// by the characters of a title in one style.
+BlendMemo& SharedBlendMemo(CColorApplicator* const* slots, int32_t blendMode);
+
 // Target pixel (x, y): the row start is pitch ÷ 4 × y pixels in.
 inline uint32_t* TargetPixel(const CPainter& painter, int32_t x, int32_t y) {
     return painter.targetPixels + static_cast<int64_t>(painter.targetPitch / 4) * y + x;
