@@ -40,19 +40,6 @@ uint32_t CompositeCounted(const FootprintWords& f, CColorApplicator* const* slot
     return ShadeAndBlendCounts(painted, counts, slots, x, y, target, blendMode);
 }
 
-uint32_t CompositeCountedMemo(const FootprintWords& f, CColorApplicator* const* slots, int32_t x,
-                              int32_t y, uint32_t target, int32_t blendMode, BlendMemo& memo) {
-    uint8_t counts[kNumberCount];
-    const uint32_t painted = CountFootprint(f, counts) & ~((1u << kFirstPaintedNumber) - 1);
-    if (painted == 0) return target;
-    const uint64_t key = memo.CountedKey(painted, counts);
-    uint32_t result;
-    if (memo.FindCounted(key, target, &result)) return result;
-    result = ShadeAndBlendCounts(painted, counts, slots, x, y, target, blendMode);
-    memo.StoreCounted(key, target, result);
-    return result;
-}
-
 BlendMemo& SharedBlendMemo(CColorApplicator* const* slots, int32_t blendMode) {
     // One per thread: compositing runs on the closing thread, so no lock.
     thread_local std::unique_ptr<BlendMemo> memo;
