@@ -3,17 +3,20 @@
 //
 // Flat and null colours shade every pixel alike and without side effects,
 // so when every number present in a footprint belongs to such a slot the
-// blended pixel depends only on the counts of the painted numbers and on
-// the target pixel. The painter keeps its memo across the regions of one
-// close; a memo is only reused while the painter's slots hold the same
-// applicators with the same colours. Along a glyph the same few count patterns meet the same
-// background again and again; the memo hands back the earlier result
-// instead of shading and blending once more. Results are those of the
-// blend itself, so memoised and fresh pixels are the same bit for bit.
-// Slots of other kinds (ramps, stacks, anything position-dependent) are
-// never memoised.
+// blended pixel depends only on the counts of the painted numbers, the
+// colours of their slots, the blend mode and the target pixel. A memo is
+// therefore made for the kinds and colours of the flat and null slots 2-15
+// and a blend mode, and answers for any painter whose slots hold the same
+// values: the characters of a title in one style share it, and it stays
+// warm from one character to the next. Along a glyph the same few count
+// patterns meet the same background again and again; the memo hands back
+// the earlier result instead of shading and blending once more. Results
+// are those of the blend itself, so memoised and fresh pixels are the same
+// bit for bit. Slots of other kinds (ramps, stacks, anything
+// position-dependent) are never memoised.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <typeinfo>
 
@@ -24,25 +27,28 @@ namespace tr {
 
 class BlendMemo {
 public:
-    explicit BlendMemo(CColorApplicator* const* slots) {
-        for (uint32_t n = 0; n < kNumberCount; ++n) {
-            slots_[n] = slots[n];
-            kinds_[n] = &typeid(*slots[n]);
+    BlendMemo(CColorApplicator* const* slots, int32_t blendMode) : blendMode_(blendMode) {
+        for (uint32_t n = kFirstPaintedNumber; n < kNumberCount; ++n) {
+            kinds_[n] = KindOf(*slots[n]);
+            if (kinds_[n] == Kind::kOther) continue;
+            constant_ |= 1u << n;
             colors_[n] = slots[n]->color;
-            if (n < kFirstPaintedNumber) continue;
-            const std::type_info& kind = typeid(*slots[n]);
-            if (kind == typeid(CColor) || kind == typeid(CNullColor)) constant_ |= 1u << n;
         }
     }
 
-    // True while the slots hold the applicators and colours the memo was
-    // made for.
-    bool Matches(CColorApplicator* const* slots) const {
-        for (uint32_t n = 0; n < kNumberCount; ++n) {
-            if (slots[n] != slots_[n] || typeid(*slots[n]) != *kinds_[n]) return false;
+    // True when the slots' flat and null colours and the blend mode are
+    // those the memo was made for (compared by value, bit for bit).
+    bool Matches(CColorApplicator* const* slots, int32_t blendMode) const {
+        if (blendMode != blendMode_) return false;
+        for (uint32_t n = kFirstPaintedNumber; n < kNumberCount; ++n) {
+            if (KindOf(*slots[n]) != kinds_[n]) return false;
+            if (kinds_[n] == Kind::kOther) continue;
             const WorkingColor& c = slots[n]->color;
             const WorkingColor& m = colors_[n];
-            if (c.c0 != m.c0 || c.c1 != m.c1 || c.c2 != m.c2 || c.alpha != m.alpha) return false;
+            if (!SameBits(c.c0, m.c0) || !SameBits(c.c1, m.c1) || !SameBits(c.c2, m.c2) ||
+                !SameBits(c.alpha, m.alpha)) {
+                return false;
+            }
         }
         return true;
     }
@@ -84,7 +90,19 @@ public:
 
 private:
     static constexpr int32_t kMaxPairs = 6;  // 6 × 10 bits fit one key
-    static constexpr int32_t kCountedBits = 8;
+    // 1024 entries: the count patterns of a whole title line over a few
+    // backgrounds fit with few collisions.
+    static constexpr int32_t kCountedBits = 10;
+
+    enum class Kind : uint8_t { kOther, kFlat, kNull };
+    static Kind KindOf(const CColorApplicator& applicator) {
+        const std::type_info& kind = typeid(applicator);
+        if (kind == typeid(CColor)) return Kind::kFlat;
+        return kind == typeid(CNullColor) ? Kind::kNull : Kind::kOther;
+    }
+    static bool SameBits(float a, float b) {
+        return std::bit_cast<uint32_t>(a) == std::bit_cast<uint32_t>(b);
+    }
 
     struct UniformEntry {
         uint32_t target = 0;
@@ -102,9 +120,9 @@ private:
         return static_cast<uint32_t>(h >> (64 - kCountedBits));
     }
 
-    CColorApplicator* slots_[kNumberCount];
-    const std::type_info* kinds_[kNumberCount];
-    WorkingColor colors_[kNumberCount];
+    int32_t blendMode_;
+    Kind kinds_[kNumberCount] = {};
+    WorkingColor colors_[kNumberCount] = {};
     uint32_t constant_ = 0;  // bit n: slot n shades alike everywhere
     UniformEntry uniform_[kNumberCount];
     CountedEntry counted_[1u << kCountedBits];

@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <cmath>
+#include <memory>
 
 #include "paint/blend_memo.h"
 #include "paint/coverage_footprint.h"
@@ -39,23 +40,16 @@ uint32_t CompositeCounted(const FootprintWords& f, CColorApplicator* const* slot
     return ShadeAndBlendCounts(painted, counts, slots, x, y, target, blendMode);
 }
 
-namespace {
-
-// The counted path of one pixel, remembered in the memo when its numbers
-// allow: counts of the present numbers, then one ShadeAt per present number
-// 2-15 in increasing order.
-uint32_t CompositeCountedMemo(const FootprintWords& f, CColorApplicator* const* slots, int32_t x,
-                              int32_t y, uint32_t target, int32_t blendMode, BlendMemo& memo) {
-    uint8_t counts[kNumberCount];
-    const uint32_t painted = CountFootprint(f, counts) & ~((1u << kFirstPaintedNumber) - 1);
-    if (painted == 0) return target;
-    const uint64_t key = memo.CountedKey(painted, counts);
-    uint32_t result;
-    if (memo.FindCounted(key, target, &result)) return result;
-    result = ShadeAndBlendCounts(painted, counts, slots, x, y, target, blendMode);
-    memo.StoreCounted(key, target, result);
-    return result;
+BlendMemo& SharedBlendMemo(CColorApplicator* const* slots, int32_t blendMode) {
+    // One per thread: compositing runs on the closing thread, so no lock.
+    thread_local std::unique_ptr<BlendMemo> memo;
+    if (!memo || !memo->Matches(slots, blendMode)) {
+        memo = std::make_unique<BlendMemo>(slots, blendMode);
+    }
+    return *memo;
 }
+
+namespace {
 
 void CompositeRow(const CPainter& painter, CColorApplicator* const* slots, BlendMemo& memo,
                   int32_t ty, int32_t tx0, int32_t tx1) {
@@ -196,12 +190,6 @@ uint32_t CompositePixelReference(const CPainter& painter, CColorApplicator* cons
 }  // namespace
 }  // namespace tr
 
-void tr::BlendMemoDeleter::operator()(BlendMemo* memo) const { delete memo; }
-
-tr::BlendMemo& CPainter::CompositingMemo(CColorApplicator* const* slots) {
-    if (!blendMemo_ || !blendMemo_->Matches(slots)) blendMemo_.reset(new tr::BlendMemo(slots));
-    return *blendMemo_;
-}
 
 void CompositeCharacter(CPainter& painter, const CompositeRect& rect) {
     using namespace tr;
@@ -209,7 +197,7 @@ void CompositeCharacter(CPainter& painter, const CompositeRect& rect) {
     if (span.IsEmpty()) return;
     CColorApplicator* slots[kNumberCount];
     GatherSlots(painter, slots);
-    BlendMemo& memo = painter.CompositingMemo(slots);
+    BlendMemo& memo = SharedBlendMemo(slots, painter.blendMode);
     for (int32_t ty = span.y0; ty < span.y1; ++ty)
         CompositeRow(painter, slots, memo, ty, span.x0, span.x1);
 }

@@ -21,6 +21,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "paint/blend_memo.h"
 #include "paint/compositor.h"
 #include "paint/painter.h"
 #include "paint/pixel_blend.h"
@@ -188,6 +189,27 @@ uint32_t ShadeAndBlendCounts(uint32_t painted, const uint8_t counts[kNumberCount
                              int32_t blendMode);
 uint32_t CompositeCounted(const FootprintWords& f, CColorApplicator* const* slots, int32_t x,
                           int32_t y, uint32_t target, int32_t blendMode);
+
+// CompositeCounted through remembered blends (paint/blend_memo.h); the memo
+// must have been made for these slots and blend mode (same pixels). Inline:
+// it is the per-pixel path of both compositors.
+inline uint32_t CompositeCountedMemo(const FootprintWords& f, CColorApplicator* const* slots,
+                                     int32_t x, int32_t y, uint32_t target, int32_t blendMode,
+                                     BlendMemo& memo) {
+    uint8_t counts[kNumberCount];
+    const uint32_t painted = CountFootprint(f, counts) & ~((1u << kFirstPaintedNumber) - 1);
+    if (painted == 0) return target;
+    const uint64_t key = memo.CountedKey(painted, counts);
+    uint32_t result;
+    if (memo.FindCounted(key, target, &result)) return result;
+    result = ShadeAndBlendCounts(painted, counts, slots, x, y, target, blendMode);
+    memo.StoreCounted(key, target, result);
+    return result;
+}
+// The remembered blends of this thread, kept while consecutive calls ask
+// for the same flat colours and blend mode and made anew otherwise; shared
+// by the characters of a title in one style.
+BlendMemo& SharedBlendMemo(CColorApplicator* const* slots, int32_t blendMode);
 
 // Target pixel (x, y): the row start is pitch ÷ 4 × y pixels in.
 inline uint32_t* TargetPixel(const CPainter& painter, int32_t x, int32_t y) {

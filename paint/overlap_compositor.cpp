@@ -5,7 +5,7 @@
 // the two-character class settles joined ties that no layer value decides
 // in favour of the first character, the others give such samples to nobody.
 // A pixel where at most one character paints is that character's own
-// counted pixel; a pixel where every character's footprint is uniform
+// counted pixel (through the shared blend memo when its colours allow); a pixel where every character's footprint is uniform
 // (interiors) is decided once for all 48 samples; the others are unpacked
 // to one number per sample and decided sample by sample.
 #include "paint/overlap_compositor.h"
@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cassert>
 
+#include "paint/blend_memo.h"
 #include "paint/coverage_footprint.h"
 
 namespace tr {
@@ -23,6 +24,7 @@ struct OverlapCharacter {
     CColorApplicator* slots[kNumberCount] = {};
     int32_t originX = 0;  // floor of the painter position
     int32_t originY = 0;
+    bool memoFits = false;  // the region's memo answers for these slots
 };
 
 // Bit i set when slot i (1-15) of every character joins its neighbours.
@@ -157,7 +159,7 @@ bool CompositeUniformFootprints(OverlapPixel<kMax>& px, const OverlapCharacter* 
 template <int32_t kMax, bool kTieToFirst>
 uint32_t CompositeOverlapPixel(OverlapPixel<kMax>& px, const OverlapCharacter* chars, int32_t count,
                                uint32_t joined, int32_t tx, int32_t ty, uint32_t target,
-                               int32_t blendMode) {
+                               int32_t blendMode, BlendMemo& memo) {
     FootprintWords words[kMax];
     for (int32_t c = 0; c < count; ++c) {
         const CPainter& painter = *chars[c].painter;
@@ -183,8 +185,11 @@ uint32_t CompositeOverlapPixel(OverlapPixel<kMax>& px, const OverlapCharacter* c
     }
     if (painting == 0) return target;
     if (painting == 1) {
-        return CompositeCounted(words[only], chars[only].slots, px.x[only], px.y[only], target,
-                                blendMode);
+        const OverlapCharacter& ch = chars[only];
+        return ch.memoFits ? CompositeCountedMemo(words[only], ch.slots, px.x[only], px.y[only],
+                                                  target, blendMode, memo)
+                           : CompositeCounted(words[only], ch.slots, px.x[only], px.y[only],
+                                              target, blendMode);
     }
     if (CompositeUniformFootprints<kMax, kTieToFirst>(px, chars, count, joined, words, target,
                                                       blendMode)) {
@@ -233,12 +238,16 @@ void CompositeOverlap(CPainter* const* painters, int32_t count, const CompositeR
     }
     if (span.IsEmpty()) return;
     const uint32_t joined = JoinedSlots(painters, count);
+    // Characters in one style share the memo of their single-character
+    // pixels; the first listed character picks it.
+    BlendMemo& memo = SharedBlendMemo(chars[0].slots, blendMode);
+    for (int32_t c = 0; c < count; ++c) chars[c].memoFits = memo.Matches(chars[c].slots, blendMode);
     OverlapPixel<kMax> px;
     for (int32_t ty = span.y0; ty < span.y1; ++ty) {
         uint32_t* dst = TargetPixel(*painters[0], span.x0, ty);
         for (int32_t tx = span.x0; tx < span.x1; ++tx, ++dst) {
             *dst = CompositeOverlapPixel<kMax, kTieToFirst>(px, chars, count, joined, tx, ty, *dst,
-                                                            blendMode);
+                                                            blendMode, memo);
         }
     }
 }

@@ -25,7 +25,6 @@ int32_t CPainter::SelectStackSlot(int32_t slot) {
 }
 
 void CPainter::Install(int32_t slot, CColorApplicator* applicator) {
-    blendMemo_.reset();  // a new applicator may reuse the old one's address
     delete slots_[slot];
     slots_[slot] = applicator;
 }
@@ -136,7 +135,6 @@ void CPainter::PrepareStackPainter(CStackPainter& stack) const {
 }
 
 void CPainter::PrepareApplicators() {
-    blendMemo_.reset();  // colours may change with the opacity
     for (CColorApplicator* applicator : slots_) {
         if (!applicator) continue;
         applicator->opacity = opacity;

@@ -24,14 +24,6 @@
 
 class CShaderMixer;
 class CStackPainter;
-namespace tr {
-class BlendMemo;
-// Defined with the compositor, the memo's only user.
-struct BlendMemoDeleter {
-    void operator()(BlendMemo* memo) const;
-};
-}  // namespace tr
-
 class CPainter {
 public:
     static constexpr int32_t kSlotCount = 17;
@@ -100,11 +92,6 @@ public:
     // position and then their own PrepareForCharacter.
     void PrepareApplicators();
 
-    // The compositor's remembered blends for these slots (paint/blend_memo.h):
-    // kept across compositing calls, made anew when the slots changed.
-    // Defined in compositor.cpp.
-    tr::BlendMemo& CompositingMemo(CColorApplicator* const* slots);
-
     // floor(position) as integers: where coverage pixel (0, 0) lands.
     int32_t GetOriginColumn() const;
     int32_t GetOriginRow() const;
@@ -136,5 +123,4 @@ private:
 
     CColorApplicator* slots_[kSlotCount] = {};
     double opacity = 1.0;
-    std::unique_ptr<tr::BlendMemo, tr::BlendMemoDeleter> blendMemo_;
 };

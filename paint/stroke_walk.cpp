@@ -23,6 +23,12 @@
 // join angles are base + i·(turn − π)/k and the mitre lies at base − h,
 // h = (π − turn)/2; negating a difference is exact in IEEE arithmetic, so
 // these are bit for bit the mirrored forms of each other.
+//
+// The walk evaluates each angle's sine and cosine once: an edge's pairs at a
+// and at b share the offset w·n(θ), and the closing edge's direction, needed
+// at the start, is kept for the last edge. The plain twin evaluates every
+// pair's offset on its own; both emit the same doubles, since the offset is
+// the same expression of the same angle either way.
 #include "paint/stroke_walk.h"
 
 #include <algorithm>
@@ -62,7 +68,7 @@ double Direction(const CPoint3D& a, const CPoint3D& b) {
 
 // Calls emit(a, ox, oy) for every pair (a, (ox, oy)) of the stroke.
 template <class Emit>
-void WalkStroke(ContourView c, double w, StrokeSide side, bool wide, Emit&& emit) {
+void WalkStrokePlain(ContourView c, double w, StrokeSide side, bool wide, Emit&& emit) {
     const uint32_t n = c.count;
     const CPoint3D* p = c.points;
     const double normal = side == StrokeSide::Right ? -kHalfPi : kHalfPi;
@@ -99,6 +105,83 @@ void WalkStroke(ContourView c, double w, StrokeSide side, bool wide, Emit&& emit
     }
 }
 
+// WalkStrokePlain with one evaluation of each angle's offset.
+template <class Emit>
+void WalkStroke(ContourView c, double w, StrokeSide side, bool wide, Emit&& emit) {
+    const uint32_t n = c.count;
+    const CPoint3D* p = c.points;
+    const double normal = side == StrokeSide::Right ? -kHalfPi : kHalfPi;
+    auto emitOffset = [&](const CPoint3D& a, double angle, double distance) {
+        emit(a, a.x + distance * std::cos(angle), a.y + distance * std::sin(angle));
+    };
+
+    const double closing = Direction(p[n - 1], p[0]);
+    double prev = closing == 0.0 ? kFirstDirectionFloor : closing;
+    emitOffset(p[0], prev + normal, w);
+    for (uint32_t i = 0; i < n; ++i) {
+        const CPoint3D& a = p[i];
+        const bool last = i + 1 == n;
+        const CPoint3D& b = p[last ? 0 : i + 1];
+        const double theta = last ? closing : Direction(a, b);
+        const double turn = WrapAngle(theta - prev + kPi);
+        const double base = prev + normal;
+        switch (ClassifyTurn(turn, side, wide)) {
+            case JoinKind::Round: {
+                const int32_t k = RoundJoinSteps(turn, side);
+                for (int32_t j = 1; j <= k; ++j) emitOffset(a, base + j * (turn - kPi) / k, w);
+                break;
+            }
+            case JoinKind::Mitre: {
+                const double h = (kPi - turn) * 0.5;
+                emitOffset(a, base - h, w / std::cos(h));
+                break;
+            }
+            case JoinKind::None:
+                break;
+        }
+        const double angle = theta + normal;
+        const double dx = w * std::cos(angle), dy = w * std::sin(angle);
+        emit(a, a.x + dx, a.y + dy);
+        emit(b, b.x + dx, b.y + dy);
+        prev = theta;
+    }
+}
+
+// Both stroke strips through one walk: the plain twin's or the default one.
+template <bool kPlain, class Emit>
+void WalkStrokeWith(ContourView c, double w, StrokeSide side, bool wide, Emit&& emit) {
+    if constexpr (kPlain) {
+        WalkStrokePlain(c, w, side, wide, emit);
+    } else {
+        WalkStroke(c, w, side, wide, emit);
+    }
+}
+
+template <bool kPlain>
+void DrawStrokeWith(CRasterizer& r, ContourView c, double width, StrokeSide side, bool wide) {
+    if (c.count == 0) return;
+    r.Begin();
+    WalkStrokeWith<kPlain>(c, width, side, wide, [&r](const CPoint3D& a, double ox, double oy) {
+        const double first[2] = {a.x, a.y};
+        r.Vertex2dv(first);
+        r.Vertex2d(ox, oy);
+    });
+    r.End();
+}
+
+template <bool kPlain>
+void DrawStrokeExtrusionWith(CRasterizer& r, ContourView c, double width, StrokeSide side,
+                             double offsetX, double offsetY) {
+    if (c.count == 0) return;
+    r.Begin();
+    WalkStrokeWith<kPlain>(c, width, side, false, [&](const CPoint3D&, double ox, double oy) {
+        const double first[2] = {ox, oy};
+        r.Vertex2dv(first);
+        r.Vertex2d(ox + offsetX, oy + offsetY);
+    });
+    r.End();
+}
+
 }  // namespace
 
 JoinKind ClassifyTurn(double turn, StrokeSide side, bool wide) {
@@ -118,26 +201,21 @@ int32_t RoundJoinSteps(double turn, StrokeSide side) {
 }
 
 void DrawStroke(CRasterizer& r, ContourView c, double width, StrokeSide side, bool wide) {
-    if (c.count == 0) return;
-    r.Begin();
-    WalkStroke(c, width, side, wide, [&r](const CPoint3D& a, double ox, double oy) {
-        const double first[2] = {a.x, a.y};
-        r.Vertex2dv(first);
-        r.Vertex2d(ox, oy);
-    });
-    r.End();
+    DrawStrokeWith<false>(r, c, width, side, wide);
+}
+
+void DrawStrokePlain(CRasterizer& r, ContourView c, double width, StrokeSide side, bool wide) {
+    DrawStrokeWith<true>(r, c, width, side, wide);
 }
 
 void DrawStrokeExtrusion(CRasterizer& r, ContourView c, double width, StrokeSide side,
                          double offsetX, double offsetY) {
-    if (c.count == 0) return;
-    r.Begin();
-    WalkStroke(c, width, side, false, [&](const CPoint3D&, double ox, double oy) {
-        const double first[2] = {ox, oy};
-        r.Vertex2dv(first);
-        r.Vertex2d(ox + offsetX, oy + offsetY);
-    });
-    r.End();
+    DrawStrokeExtrusionWith<false>(r, c, width, side, offsetX, offsetY);
+}
+
+void DrawStrokeExtrusionPlain(CRasterizer& r, ContourView c, double width, StrokeSide side,
+                              double offsetX, double offsetY) {
+    DrawStrokeExtrusionWith<true>(r, c, width, side, offsetX, offsetY);
 }
 
 void DrawExtrusion(CRasterizer& r, ContourView c, double shiftX, double shiftY, double offsetX,

@@ -42,11 +42,16 @@ int32_t RoundJoinSteps(double turn, StrokeSide side);
 // Kinds 1 and 2: the strip between the contour and its offset by width on
 // the given side, with the joins ClassifyTurn picks.
 void DrawStroke(CRasterizer& r, ContourView c, double width, StrokeSide side, bool wide);
+// Its plain twin: every pair's offset evaluated on its own (same calls, same
+// doubles; for differential tests and benchmarks).
+void DrawStrokePlain(CRasterizer& r, ContourView c, double width, StrokeSide side, bool wide);
 
 // Kinds 4 and 5: the strip between the stroke's outer edge (plain joins) and
 // that edge moved by (offsetX, offsetY).
 void DrawStrokeExtrusion(CRasterizer& r, ContourView c, double width, StrokeSide side,
                          double offsetX, double offsetY);
+void DrawStrokeExtrusionPlain(CRasterizer& r, ContourView c, double width, StrokeSide side,
+                              double offsetX, double offsetY);
 
 // Kinds 3, 8 and 9: the contour moved by (shiftX, shiftY), extruded along
 // (offsetX, offsetY); the strip closes on the first point again.

@@ -177,11 +177,11 @@ void CRasterizer_::DrawIndexedPrepared(uint32_t count, const uint32_t* indices, 
     const tr::PreparedCoverageKernel kernel = preparedKernel_;
     bool unite = unionKernel_ != nullptr;
     if (unite) unionScan_.Begin(width_, height_);
-    auto prepare = [&](uint32_t index) {
+    auto prepare = [&](uint32_t index, tr::PreparedVertex& out) {
         const double* v = VertexAt(index);
         float x, y;
         TransformVertex(v[0] + dx, v[1] + dy, x, y);
-        return PrepareScreenVertex(x, y);
+        PrepareScreenVertexInto(x, y, out);
     };
     for (uint32_t i = 0; i + 3 <= count; i += 3) {
         tr::PreparedVertex uncached[3];
@@ -190,13 +190,13 @@ void CRasterizer_::DrawIndexedPrepared(uint32_t count, const uint32_t* indices, 
         for (int k = 0; k < 3; ++k) {
             const uint32_t index = indices[i + k];
             if (index >= kVertexCacheSize) {
-                uncached[k] = prepare(index);
+                prepare(index, uncached[k]);
                 v[k] = &uncached[k];
                 cached = false;
                 continue;
             }
             if (vertexStamps_[index] != generation) {
-                vertexCache_[index] = prepare(index);
+                prepare(index, vertexCache_[index]);
                 vertexStamps_[index] = generation;
             }
             v[k] = &vertexCache_[index];
@@ -302,7 +302,7 @@ int CRasterizer_::FirstQuadTriangle() const {
 void CRasterizer_::FillPreparedQuad() {
     for (uint32_t slot = 0; slot < 4; ++slot) {
         if ((stripPreparedMask_ & (1u << slot)) != 0) continue;
-        stripPrepared_[slot] = PrepareScreenVertex(stripX_[slot], stripY_[slot]);
+        PrepareScreenVertexInto(stripX_[slot], stripY_[slot], stripPrepared_[slot]);
         stripPreparedMask_ |= 1u << slot;
     }
     if (coverage_ == nullptr) return;

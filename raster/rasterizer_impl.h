@@ -105,6 +105,7 @@ private:
     void FlushUnion(const tr::CoverageTarget& target);
     // A screen vertex (transformed, tapered) ready for the prepared kernels.
     tr::PreparedVertex PrepareScreenVertex(float x, float y) const;
+    void PrepareScreenVertexInto(float x, float y, tr::PreparedVertex& out) const;
     tr::CoverageTarget CoverageTargetOf() const;
     void FillPreparedQuad();
     uint32_t NextVertexGeneration();
@@ -199,4 +200,17 @@ inline void CRasterizer_::TransformVertex(double x, double y, float& wx, float& 
 inline tr::PreparedVertex CRasterizer_::PrepareScreenVertex(float x, float y) const {
     if (taperX_ != 0.0f || taperY_ != 0.0f) TaperVertex(x, y);
     return tr::PrepareVertex(x, y);
+}
+
+// The same vertex stored field by field: a returned PreparedVertex copied
+// as a whole is assembled on the stack with narrow stores and read back
+// with wide loads, which stalls store forwarding on every vertex.
+inline void CRasterizer_::PrepareScreenVertexInto(float x, float y,
+                                                  tr::PreparedVertex& out) const {
+    const tr::PreparedVertex v = PrepareScreenVertex(x, y);
+    out.x = v.x;
+    out.y = v.y;
+    out.xFx = v.xFx;
+    out.yFx = v.yFx;
+    out.walkable = v.walkable;
 }

@@ -1,5 +1,6 @@
-// The painter keeps remembered blends between compositing calls: a memo
-// made for one set of slots must never answer for another.
+// Remembered blends are kept between compositing calls and shared between
+// characters: a memo made for one set of flat colours and blend mode must
+// never answer for another.
 #include "paint/blend_memo.h"
 
 #include <gtest/gtest.h>
@@ -28,9 +29,10 @@ void DrawRings(TestCharacter& ch) {
 
 // Composites the whole character in two halves (two calls, as regions do)
 // and returns the pixels, or the plain twin's pixels.
-std::vector<uint32_t> Composite(TestCharacter& ch, uint32_t background, bool plain) {
+std::vector<uint32_t> Composite(TestCharacter& ch, uint32_t background, bool plain,
+                                int32_t blendMode = 0) {
     std::vector<uint32_t> pixels(kSide * kSide, background);
-    ch.Bind(pixels.data(), kSide * 4, kSide, kSide, 0.0, 0.0, 0);
+    ch.Bind(pixels.data(), kSide * 4, kSide, kSide, 0.0, 0.0, blendMode);
     ch.painter.FillEmptySlotsWithNullColors();
     ch.painter.PrepareApplicators();
     for (const CompositeRect& half : {CompositeRect{0, 0, kSide, kSide / 2},
@@ -60,6 +62,41 @@ TEST(BlendMemo, ReusedOnlyWhileSlotsAndColoursAreTheSame) {
     EXPECT_EQ(Composite(ch, background, false), Composite(ch, background, true)) << "opacity";
 }
 
+// Characters composited one after another with their own painters: the
+// same colours share the memo; another blend mode, one colour bit, or a
+// null colour whose fields equal a flat colour's each need fresh blends.
+TEST(BlendMemo, SharedByCharactersOnlyWithTheSameColoursAndMode) {
+    const uint32_t background = 0x60102030u;
+    struct Style {
+        uint32_t colour2;  // 0: a null colour in slot 2
+        uint32_t colour3;
+        int32_t blendMode;
+        const char* what;
+    };
+    const Style styles[] = {
+        {0xFF2040C0u, 0x80FF8000u, 0, "first character"},
+        {0xFF2040C0u, 0x80FF8000u, 0, "same style"},
+        {0xFF2040C0u, 0x80FF8000u, 1, "replace mode"},
+        {0xFF2040C0u, 0x81FF8000u, 1, "one alpha step"},
+        {0xFF000000u, 0x81FF8000u, 1, "opaque black"},
+        {0, 0x81FF8000u, 1, "null colour with the same fields"},
+        {0xFF000000u, 0x81FF8000u, 0, "back to black, over"},
+    };
+    for (const Style& style : styles) {
+        TestCharacter ch(kSide, kSide);
+        DrawRings(ch);
+        if (style.colour2 != 0) {
+            ch.painter.SetColor(2, style.colour2);
+        } else {
+            ch.painter.SetNullColor(2);
+        }
+        ch.painter.SetColor(3, style.colour3);
+        EXPECT_EQ(Composite(ch, background, false, style.blendMode),
+                  Composite(ch, background, true, style.blendMode))
+            << style.what;
+    }
+}
+
 TEST(BlendMemo, KeysSeparateCountsNumbersAndUnmemoisableSlots) {
     CColor flat(0xFF000000u);
     CNullColor none;
@@ -68,7 +105,7 @@ TEST(BlendMemo, KeysSeparateCountsNumbersAndUnmemoisableSlots) {
     for (auto& s : slots) s = &flat;
     slots[1] = &none;
     slots[5] = &varying;
-    tr::BlendMemo memo(slots);
+    tr::BlendMemo memo(slots, 0);
 
     uint8_t counts[16] = {};
     counts[2] = 20;

@@ -6,10 +6,17 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <numbers>
+#include <random>
+#include <string>
 
 #include "fragment_test_support.h"
+#if TR_TEST_WITH_GLYPH_SOURCE
+#include "outline/outline_builder.h"
+#include "tools/glyph_source/glyph_source.h"
+#endif
 
 namespace tr {
 namespace {
@@ -267,6 +274,100 @@ TEST(ContourWalks, NonFiniteWidthsStillPairEveryVertex) {
         EXPECT_EQ(strips.size(), 2u) << w;
     }
 }
+
+// ---- the default walk against its plain twin --------------------------------
+
+// Bit-for-bit equality of two recordings (NaN arguments included).
+::testing::AssertionResult SameCalls(const std::vector<trtest::Call>& a,
+                                     const std::vector<trtest::Call>& b) {
+    if (a.size() != b.size()) {
+        return ::testing::AssertionFailure() << a.size() << " calls against " << b.size();
+    }
+    for (size_t i = 0; i < a.size(); ++i) {
+        // Calls without arguments have no data to compare (memcmp must not
+        // see their null pointers).
+        const bool same = a[i].name == b[i].name && a[i].args.size() == b[i].args.size() &&
+                          (a[i].args.empty() ||
+                           std::memcmp(a[i].args.data(), b[i].args.data(),
+                                       a[i].args.size() * sizeof(double)) == 0);
+        if (!same) return ::testing::AssertionFailure() << "call " << i << " " << a[i].name;
+    }
+    return ::testing::AssertionSuccess();
+}
+
+// Strokes and stroke extrusions of one contour, on both sides, plain and
+// wide, through both walks.
+::testing::AssertionResult WalksAgree(ContourView c, double w, double ox, double oy) {
+    RecordingRasterizer fast, plain;
+    for (const StrokeSide side : {StrokeSide::Right, StrokeSide::Left}) {
+        for (const bool wide : {false, true}) {
+            DrawStroke(fast, c, w, side, wide);
+            DrawStrokePlain(plain, c, w, side, wide);
+        }
+        DrawStrokeExtrusion(fast, c, w, side, ox, oy);
+        DrawStrokeExtrusionPlain(plain, c, w, side, ox, oy);
+    }
+    return SameCalls(fast.calls, plain.calls);
+}
+
+// Random contours: jittered polygons of either orientation, with collinear
+// runs, repeated points, sharp spikes and closing edges along +x, and a few
+// with non-finite widths.
+TEST(StrokeWalkTwins, RandomContoursEmitTheSamePairs) {
+    std::mt19937 rng(31337);
+    std::uniform_real_distribution<double> u(-1.0, 1.0);
+    for (int n = 0; n < 1500; ++n) {
+        const int count = 1 + static_cast<int>(rng() % 40);
+        const bool clockwise = rng() % 2 == 0;
+        std::vector<CPoint3D> pts;
+        for (int i = 0; i < count; ++i) {
+            const double a = 2 * kPi * i / count * (clockwise ? -1 : 1);
+            const double r = 20 + (rng() % 4 == 0 ? 15 * u(rng) : 2 * u(rng));
+            pts.push_back({r * std::cos(a), r * std::sin(a), 0});
+            const uint32_t what = rng() % 16;
+            if (what == 0 && i > 0) pts.back() = pts[i - 1];                  // repeated point
+            if (what == 1 && i > 1) {                                        // collinear run
+                pts.back().x = 2 * pts[i - 1].x - pts[i - 2].x;
+                pts.back().y = 2 * pts[i - 1].y - pts[i - 2].y;
+            }
+        }
+        if (n % 7 == 0) pts.back().y = pts.front().y, pts.back().x = pts.front().x - 5;
+        const double w = n % 50 == 0 ? std::nan("") : 0.5 + 8 * (u(rng) + 1);
+        const uint32_t seed = static_cast<uint32_t>(n);
+        ASSERT_TRUE(WalksAgree(ContourView{pts.data(), static_cast<uint32_t>(pts.size())}, w,
+                               5 * u(rng), 5 * u(rng)))
+            << "case " << seed << " points " << count;
+    }
+}
+
+#if TR_TEST_WITH_GLYPH_SOURCE
+// Every contour of the printable ASCII glyphs of DejaVu Sans at 64 px, as
+// the outline builder makes them.
+TEST(StrokeWalkTwins, GlyphContoursEmitTheSamePairs) {
+    auto source = tools::GlyphSource::Open(tools::kDefaultFont, 64,
+                                           tools::GlyphFormat::CurveRecords);
+    if (!source) GTEST_SKIP() << "font not found";
+    int contours = 0;
+    for (uint16_t code = 33; code < 127; ++code) {
+        const OutlineRequest request = MakeOutlineRequest(
+            source->Context(), OUTLINE_NO_CACHE, 64, &tools::GlyphSource::Callback, code, 0, 0);
+        const OutlineBuild build = BuildOutline(request);
+        for (const CContourGroup& g : build.groups) {
+            std::vector<const Coutline*> all = {&g.outer};
+            for (const Coutline& h : g.holes) all.push_back(&h);
+            for (const Coutline* c : all) {
+                const std::vector<CPoint3D> pts(c->points.begin(), c->points.end());
+                const ContourView view{pts.data(), static_cast<uint32_t>(pts.size())};
+                for (const double w : {3.0 * 4, 1.5 * 4, 7.25 * 4}) {
+                    ASSERT_TRUE(WalksAgree(view, w, 6, -4)) << "glyph " << code << " width " << w;
+                }
+                ++contours;
+            }
+        }
+    }
+    EXPECT_GT(contours, 100);
+}
+#endif
 
 }  // namespace
 }  // namespace tr
