@@ -66,79 +66,69 @@ double Direction(const CPoint3D& a, const CPoint3D& b) {
     return WrapAngle(std::atan2(b.y - a.y, b.x - a.x));
 }
 
+// Emits the pair (a, a + distance * (cos angle, sin angle)).
+template <class Emit>
+void EmitOffset(Emit& emit, const CPoint3D& a, double angle, double distance) {
+    emit(a, a.x + distance * std::cos(angle), a.y + distance * std::sin(angle));
+}
+
+// The pairs of the join at a, where the stroke turns by `turn` from the
+// edge whose offset direction is `base`.
+template <class Emit>
+void EmitJoin(Emit& emit, const CPoint3D& a, double turn, double base, double w, StrokeSide side,
+              bool wide) {
+    switch (ClassifyTurn(turn, side, wide)) {
+        case JoinKind::Round: {
+            const int32_t k = RoundJoinSteps(turn, side);
+            for (int32_t j = 1; j <= k; ++j) EmitOffset(emit, a, base + j * (turn - kPi) / k, w);
+            break;
+        }
+        case JoinKind::Mitre: {
+            const double h = (kPi - turn) * 0.5;
+            EmitOffset(emit, a, base - h, w / std::cos(h));
+            break;
+        }
+        case JoinKind::None:
+            break;
+    }
+}
+
 // Calls emit(a, ox, oy) for every pair (a, (ox, oy)) of the stroke.
 template <class Emit>
 void WalkStrokePlain(ContourView c, double w, StrokeSide side, bool wide, Emit&& emit) {
     const uint32_t n = c.count;
     const CPoint3D* p = c.points;
     const double normal = side == StrokeSide::Right ? -kHalfPi : kHalfPi;
-    auto emitOffset = [&](const CPoint3D& a, double angle, double distance) {
-        emit(a, a.x + distance * std::cos(angle), a.y + distance * std::sin(angle));
-    };
-
     double prev = Direction(p[n - 1], p[0]);
     if (prev == 0.0) prev = kFirstDirectionFloor;
-    emitOffset(p[0], prev + normal, w);
+    EmitOffset(emit, p[0], prev + normal, w);
     for (uint32_t i = 0; i < n; ++i) {
         const CPoint3D& a = p[i];
         const CPoint3D& b = p[i + 1 < n ? i + 1 : 0];
         const double theta = Direction(a, b);
-        const double turn = WrapAngle(theta - prev + kPi);
-        const double base = prev + normal;
-        switch (ClassifyTurn(turn, side, wide)) {
-            case JoinKind::Round: {
-                const int32_t k = RoundJoinSteps(turn, side);
-                for (int32_t j = 1; j <= k; ++j) emitOffset(a, base + j * (turn - kPi) / k, w);
-                break;
-            }
-            case JoinKind::Mitre: {
-                const double h = (kPi - turn) * 0.5;
-                emitOffset(a, base - h, w / std::cos(h));
-                break;
-            }
-            case JoinKind::None:
-                break;
-        }
-        emitOffset(a, theta + normal, w);
-        emitOffset(b, theta + normal, w);
+        EmitJoin(emit, a, WrapAngle(theta - prev + kPi), prev + normal, w, side, wide);
+        EmitOffset(emit, a, theta + normal, w);
+        EmitOffset(emit, b, theta + normal, w);
         prev = theta;
     }
 }
 
-// WalkStrokePlain with one evaluation of each angle's offset.
+// WalkStrokePlain with one evaluation of each edge's offset for both its
+// pairs, and the closing edge's direction computed once.
 template <class Emit>
 void WalkStroke(ContourView c, double w, StrokeSide side, bool wide, Emit&& emit) {
     const uint32_t n = c.count;
     const CPoint3D* p = c.points;
     const double normal = side == StrokeSide::Right ? -kHalfPi : kHalfPi;
-    auto emitOffset = [&](const CPoint3D& a, double angle, double distance) {
-        emit(a, a.x + distance * std::cos(angle), a.y + distance * std::sin(angle));
-    };
-
     const double closing = Direction(p[n - 1], p[0]);
     double prev = closing == 0.0 ? kFirstDirectionFloor : closing;
-    emitOffset(p[0], prev + normal, w);
+    EmitOffset(emit, p[0], prev + normal, w);
     for (uint32_t i = 0; i < n; ++i) {
         const CPoint3D& a = p[i];
         const bool last = i + 1 == n;
         const CPoint3D& b = p[last ? 0 : i + 1];
         const double theta = last ? closing : Direction(a, b);
-        const double turn = WrapAngle(theta - prev + kPi);
-        const double base = prev + normal;
-        switch (ClassifyTurn(turn, side, wide)) {
-            case JoinKind::Round: {
-                const int32_t k = RoundJoinSteps(turn, side);
-                for (int32_t j = 1; j <= k; ++j) emitOffset(a, base + j * (turn - kPi) / k, w);
-                break;
-            }
-            case JoinKind::Mitre: {
-                const double h = (kPi - turn) * 0.5;
-                emitOffset(a, base - h, w / std::cos(h));
-                break;
-            }
-            case JoinKind::None:
-                break;
-        }
+        EmitJoin(emit, a, WrapAngle(theta - prev + kPi), prev + normal, w, side, wide);
         const double angle = theta + normal;
         const double dx = w * std::cos(angle), dy = w * std::sin(angle);
         emit(a, a.x + dx, a.y + dy);
