@@ -206,6 +206,7 @@ inline uint32_t CompositeCountedMemo(const FootprintWords& f, CColorApplicator* 
     memo.StoreCounted(key, target, result);
     return result;
 }
+
 // The remembered blends of this thread, kept while consecutive calls ask
 // for the same flat colours and blend mode and made anew otherwise; shared
 // by the characters of a title in one style.

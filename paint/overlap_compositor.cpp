@@ -5,9 +5,10 @@
 // the two-character class settles joined ties that no layer value decides
 // in favour of the first character, the others give such samples to nobody.
 // A pixel where at most one character paints is that character's own
-// counted pixel (through the shared blend memo when its colours allow); a pixel where every character's footprint is uniform
-// (interiors) is decided once for all 48 samples; the others are unpacked
-// to one number per sample and decided sample by sample.
+// counted pixel (through the shared blend memo when its colours allow); a
+// pixel where every character's footprint is uniform (interiors) is decided
+// once for all 48 samples; the others are unpacked to one number per sample
+// and decided sample by sample.
 #include "paint/overlap_compositor.h"
 
 #include <algorithm>
@@ -241,7 +242,8 @@ void CompositeOverlap(CPainter* const* painters, int32_t count, const CompositeR
     // Characters in one style share the memo of their single-character
     // pixels; the first listed character picks it.
     BlendMemo& memo = SharedBlendMemo(chars[0].slots, blendMode);
-    for (int32_t c = 0; c < count; ++c) chars[c].memoFits = memo.Matches(chars[c].slots, blendMode);
+    chars[0].memoFits = true;
+    for (int32_t c = 1; c < count; ++c) chars[c].memoFits = memo.Matches(chars[c].slots, blendMode);
     OverlapPixel<kMax> px;
     for (int32_t ty = span.y0; ty < span.y1; ++ty) {
         uint32_t* dst = TargetPixel(*painters[0], span.x0, ty);

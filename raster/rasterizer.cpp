@@ -312,7 +312,9 @@ void CRasterizer_::FillPreparedQuad() {
     // every pair starts at the same point) a and c.
     const tr::PreparedVertex *a = &stripPrepared_[0], *b = &stripPrepared_[1];
     const tr::PreparedVertex *c = &stripPrepared_[2], *d = &stripPrepared_[3];
-    if (FirstQuadTriangle() == 0 && (a->x != c->x || a->y != c->y)) preparedKernel_(target, *a, *b, *c);
+    if (FirstQuadTriangle() == 0 && (a->x != c->x || a->y != c->y)) {
+        preparedKernel_(target, *a, *b, *c);
+    }
     if (b->x != d->x || b->y != d->y) preparedKernel_(target, *d, *b, *c);
 }
 

@@ -104,7 +104,6 @@ private:
     void DrawIndexedPrepared(uint32_t count, const uint32_t* indices, double dx, double dy);
     void FlushUnion(const tr::CoverageTarget& target);
     // A screen vertex (transformed, tapered) ready for the prepared kernels.
-    tr::PreparedVertex PrepareScreenVertex(float x, float y) const;
     void PrepareScreenVertexInto(float x, float y, tr::PreparedVertex& out) const;
     tr::CoverageTarget CoverageTargetOf() const;
     void FillPreparedQuad();
@@ -197,17 +196,13 @@ inline void CRasterizer_::TransformVertex(double x, double y, float& wx, float& 
     wy = static_cast<float>(cy * scaleY_ + offsetY_);
 }
 
-inline tr::PreparedVertex CRasterizer_::PrepareScreenVertex(float x, float y) const {
-    if (taperX_ != 0.0f || taperY_ != 0.0f) TaperVertex(x, y);
-    return tr::PrepareVertex(x, y);
-}
-
-// The same vertex stored field by field: a returned PreparedVertex copied
-// as a whole is assembled on the stack with narrow stores and read back
-// with wide loads, which stalls store forwarding on every vertex.
+// Stored field by field: a returned PreparedVertex copied as a whole is
+// assembled on the stack with narrow stores and read back with wide loads,
+// which stalls store forwarding on every vertex.
 inline void CRasterizer_::PrepareScreenVertexInto(float x, float y,
                                                   tr::PreparedVertex& out) const {
-    const tr::PreparedVertex v = PrepareScreenVertex(x, y);
+    if (taperX_ != 0.0f || taperY_ != 0.0f) TaperVertex(x, y);
+    const tr::PreparedVertex v = tr::PrepareVertex(x, y);
     out.x = v.x;
     out.y = v.y;
     out.xFx = v.xFx;

@@ -172,7 +172,9 @@ void CUnionScan::OrderLiveSegments() {
     for (uint32_t i = 0; i < segmentCount_; ++i) {
         if (segments_[i].winding != 0) ++start[segments_[i].rowBegin - lo + 1];
     }
-    for (int32_t r = 1; r <= hi - lo; ++r) start[r] = static_cast<uint16_t>(start[r] + start[r - 1]);
+    for (int32_t r = 1; r <= hi - lo; ++r) {
+        start[r] = static_cast<uint16_t>(start[r] + start[r - 1]);
+    }
     for (uint32_t i = 0; i < segmentCount_; ++i) {
         if (segments_[i].winding != 0) order_[start[segments_[i].rowBegin - lo]++] = key(i);
     }
