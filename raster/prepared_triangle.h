@@ -30,6 +30,12 @@
 // and the step are truncated toward zero), so a triangle whose vertices
 // lie inside the map needs no column clamping.
 //
+// Constant-value word operations on triangles at least kTileRowMinWidthFx
+// wide go a tile row (four rows) at a time instead: a tile's four row words
+// are adjacent, so a tile every row covers is one 8-byte store of the
+// pattern and each tile around them one masked 8-byte write, with no
+// per-row branch on the span's length.
+//
 // Triangles with a vertex that is not walkable go through the reference
 // set-up and clipping unchanged. Vertex order, the area test and the row
 // and column limits are the reference's, so the covered sub-samples are
@@ -41,6 +47,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "raster/span_words.h"
 #include "raster/triangle_clip.h"
@@ -90,6 +97,17 @@ struct PreparedEdge {
     return e;
 }
 
+// kSpanMasks[from][to]: nibbles [from, to) of a tile word; from = 4
+// (a span starting past the map) masks nothing.
+inline constexpr uint16_t kSpanMasks[5][5] = {
+    {NibbleRangeMask(0, 0), NibbleRangeMask(0, 1), NibbleRangeMask(0, 2),
+     NibbleRangeMask(0, 3), NibbleRangeMask(0, 4)},
+    {0, 0, NibbleRangeMask(1, 2), NibbleRangeMask(1, 3), NibbleRangeMask(1, 4)},
+    {0, 0, 0, NibbleRangeMask(2, 3), NibbleRangeMask(2, 4)},
+    {0, 0, 0, 0, NibbleRangeMask(3, 4)},
+    {0, 0, 0, 0, 0},
+};
+
 // Column limits of the row loop: Clamp clips spans to [0, width); without
 // it the caller guarantees 0 <= first and end <= width - 1 on every row.
 enum class Columns { kInside, kClamp };
@@ -103,16 +121,6 @@ inline void WalkPreparedRows(const PreparedEdge& longEdge, const PreparedEdge& u
                              const PreparedEdge& lower, bool longIsLeft, int64_t begin,
                              int64_t split, int64_t end, uint16_t* words, int32_t width,
                              const WordOp& op) {
-    // kSpanMasks[from][to]: nibbles [from, to) of a tile word; from = 4
-    // (a span starting past the map) masks nothing.
-    static constexpr uint16_t kSpanMasks[5][5] = {
-        {NibbleRangeMask(0, 0), NibbleRangeMask(0, 1), NibbleRangeMask(0, 2),
-         NibbleRangeMask(0, 3), NibbleRangeMask(0, 4)},
-        {0, 0, NibbleRangeMask(1, 2), NibbleRangeMask(1, 3), NibbleRangeMask(1, 4)},
-        {0, 0, 0, NibbleRangeMask(2, 3), NibbleRangeMask(2, 4)},
-        {0, 0, 0, 0, NibbleRangeMask(3, 4)},
-        {0, 0, 0, 0, 0},
-    };
     assert(begin >= 0 && width >= kSubPerPx && "the caller skips empty maps");
     // The fill rule floors X - 1: walk X - 1.
     const PreparedEdge& upperLeft = longIsLeft ? longEdge : upper;
@@ -155,6 +163,85 @@ inline void WalkPreparedRows(const PreparedEdge& longEdge, const PreparedEdge& u
     }
 }
 
+// Word operations that store one pattern whatever the old value (the
+// constant kernels) can fill a tile that all four of its rows cover with a
+// single 8-byte store: a tile's four row words are adjacent.
+template <class WordOp>
+concept StoresPattern = requires { WordOp::kPattern; };
+
+// Rows [begin, end) as WalkPreparedRows draws them, a tile row (four rows)
+// at a time: the tiles every row covers are stored whole (a tile's four row
+// words are adjacent, and so are consecutive tiles), the tiles around them
+// get one masked 8-byte write each, the four rows' nibbles at once. Row
+// spans and values are those of the row walk; no data-dependent branch per
+// row.
+// Narrower triangles have few whole tiles: the row walk suits them.
+inline constexpr int64_t kTileRowMinWidthFx = int64_t{32} * kFxOne;
+
+template <Columns kColumns, StoresPattern WordOp>
+inline void WalkPreparedTileRows(const PreparedEdge& longEdge, const PreparedEdge& upper,
+                                 const PreparedEdge& lower, bool longIsLeft, int64_t begin,
+                                 int64_t split, int64_t end, uint16_t* words, int32_t width,
+                                 const WordOp&) {
+    constexpr uint64_t kRowUnit = 0x0001000100010001;
+    constexpr uint64_t kTilePattern = kRowUnit * WordOp::kPattern;
+    constexpr int kRowBits = 16;
+    const PreparedEdge& upperLeft = longIsLeft ? longEdge : upper;
+    const PreparedEdge& upperRight = longIsLeft ? upper : longEdge;
+    int64_t xl = upperLeft.xFx - 1, stepL = upperLeft.stepFx;
+    int64_t xr = upperRight.xFx - 1, stepR = upperRight.stepFx;
+    // One masked write of tile x: row i covers nibbles [first[i], last[i]).
+    auto maskedTile = [](uint16_t* tile, int64_t x, const int64_t* first, const int64_t* last) {
+        uint64_t mask = 0;
+        for (int i = 0; i < kSubPerPx; ++i) {
+            const int64_t from = std::clamp<int64_t>(first[i] - x, 0, kSubPerPx);
+            const int64_t to = std::clamp<int64_t>(last[i] - x, 0, kSubPerPx);
+            mask |= uint64_t{kSpanMasks[from][to]} << (kRowBits * i);
+        }
+        uint64_t old;
+        std::memcpy(&old, tile, sizeof old);
+        old = (old & ~mask) | (kTilePattern & mask);
+        std::memcpy(tile, &old, sizeof old);
+    };
+    for (int64_t r = begin & ~int64_t{kSubMask}; r < end; r += kSubPerPx) {
+        // Rows of the tile row outside [begin, end) are empty spans.
+        int64_t first[kSubPerPx] = {width, width, width, width};
+        int64_t last[kSubPerPx] = {0, 0, 0, 0};
+        int64_t low = width, high = 0;      // tiles any row touches
+        int64_t innerBegin = 0, innerEnd = width;  // tiles every row covers
+        for (int i = 0; i < kSubPerPx; ++i) {
+            const int64_t row = r + i;
+            if (row >= begin && row < end) {
+                if (row == split) {
+                    (longIsLeft ? xr : xl) = lower.xFx - 1;
+                    (longIsLeft ? stepR : stepL) = lower.stepFx;
+                }
+                first[i] = FxFloor(xl);
+                last[i] = FxFloor(xr);
+                if constexpr (kColumns == Columns::kClamp) {
+                    first[i] = std::max<int64_t>(first[i], 0);
+                    last[i] = std::min<int64_t>(last[i], width);
+                }
+                xl += stepL;
+                xr += stepR;
+            }
+            low = std::min(low, first[i]);
+            high = std::max(high, last[i]);
+            innerBegin = std::max(innerBegin, (first[i] + kSubMask) & ~int64_t{kSubMask});
+            innerEnd = std::min(innerEnd, last[i] & ~int64_t{kSubMask});
+        }
+        low &= ~int64_t{kSubMask};
+        high = (high + kSubMask) & ~int64_t{kSubMask};
+        uint16_t* tileRow = words + static_cast<ptrdiff_t>(r >> kSubShift) * width;
+        if (innerEnd <= innerBegin) innerBegin = innerEnd = high;  // no whole tile
+        for (int64_t x = low; x < innerBegin; x += kSubPerPx) maskedTile(tileRow + x, x, first, last);
+        for (int64_t x = innerBegin; x < innerEnd; x += kSubPerPx) {
+            std::memcpy(tileRow + x, &kTilePattern, sizeof kTilePattern);
+        }
+        for (int64_t x = innerEnd; x < high; x += kSubPerPx) maskedTile(tileRow + x, x, first, last);
+    }
+}
+
 // Set-up and walk of one triangle whose vertices are all walkable, over
 // rows [w.rowBegin, w.rowEnd) of a map w.width sub-samples wide. Sort,
 // area test and row split follow SetUpTriangle and WalkTriangle.
@@ -183,6 +270,18 @@ inline void WalkPreparedTriangle(const PreparedVertex& v0, const PreparedVertex&
     const PreparedEdge lower = split < end ? SetUpEdge(mid, bot, split) : PreparedEdge{};
     const int64_t minX = std::min({v0.xFx, v1.xFx, v2.xFx});
     const int64_t maxX = std::max({v0.xFx, v1.xFx, v2.xFx});
+    if constexpr (StoresPattern<WordOp>) {
+        if (maxX - minX >= kTileRowMinWidthFx) {
+            if (minX >= 1 && FxFloor(maxX - 1) <= w.width - 1) {
+                WalkPreparedTileRows<Columns::kInside>(longEdge, upper, lower, longIsLeft, begin,
+                                                       split, end, words, w.width, op);
+            } else {
+                WalkPreparedTileRows<Columns::kClamp>(longEdge, upper, lower, longIsLeft, begin,
+                                                      split, end, words, w.width, op);
+            }
+            return;
+        }
+    }
     if (minX >= 1 && FxFloor(maxX - 1) <= w.width - 1) {
         WalkPreparedRows<Columns::kInside>(longEdge, upper, lower, longIsLeft, begin, split, end,
                                            words, w.width, op);

@@ -24,6 +24,7 @@
 
 #include "outline/character_data.h"
 #include "outline/outline_builder.h"
+#include "raster/coverage_kernels.h"
 #include "raster/rasterizer_impl.h"
 #include "tests/raster/raster_test_util.h"
 #include "tools/glyph_source/glyph_source.h"
@@ -208,6 +209,111 @@ void BM_Fill(benchmark::State& state, Size size, Kernel kernel) {
     state.counters["time_per_triangle"] = benchmark::Counter(
         triangles, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
+
+// The kernels alone on the same prepared walk, vertices prepared once: the
+// constant kernel's word stores, the general map as the rasterizer applies
+// it (two nibbles per lookup), and the general map as defined, one
+// sub-sample at a time (read the nibble, look it up, clear it, OR the
+// entry in). This separates what the kernels cost from what the walk does.
+enum class WalkKernel { kConstant, kGeneralWords, kGeneralPerSample };
+
+// The general kernel's definition as a word operation: each covered
+// sub-sample of the word is mapped on its own, in column order.
+struct PerSampleWords {
+    const tr::NibbleTables& tables;
+    uint16_t Part(uint16_t w, uint16_t m) const {
+        for (int pos = 0; pos < tr::kSubPerPx; ++pos) {
+            const int shift = tr::NibbleShift(pos);
+            if (((m >> shift) & tr::kNibbleMask) == 0) continue;
+            const uint16_t old = static_cast<uint16_t>((w >> shift) & tr::kNibbleMask);
+            w = static_cast<uint16_t>((w & ~(tr::kNibbleMask << shift)) | tables[pos][old]);
+        }
+        return w;
+    }
+    uint16_t Whole(uint16_t w) const { return Part(w, 0xFFFF); }
+};
+
+void BM_Walk(benchmark::State& state, Size size, WalkKernel kernel) {
+    TriangleSet s = MakeTriangles(size);
+    if (s.indices.empty()) {
+        state.SkipWithError("no triangles (font missing?)");
+        return;
+    }
+    s.coveredSubSamples = CountCovered(s);
+    std::vector<tr::PreparedVertex> vertices;
+    for (size_t i = 0; i + 1 < s.xy.size(); i += 2) {
+        vertices.push_back(tr::PrepareVertex(static_cast<float>(s.xy[i]), static_cast<float>(s.xy[i + 1])));
+    }
+    uint8_t nibbleMap[16];
+    for (int v = 0; v < 16; ++v) nibbleMap[v] = static_cast<uint8_t>(v);
+    nibbleMap[0] = 2;
+    tr::NibbleTables tables;
+    tr::ByteMapTable byteMap;
+    tr::BuildNibbleTables(nibbleMap, tables);
+    tr::BuildByteMapTable(nibbleMap, byteMap);
+    std::vector<uint16_t> map(static_cast<size_t>(s.mapSide) * s.mapSide / 4);
+    const tr::CoverageTarget target{map.data(), s.mapSide, s.mapSide, &tables, &byteMap};
+    const tr::WalkWindow window{0, s.mapSide, s.mapSide};
+    const tr::PreparedCoverageKernel constant = tr::PreparedConstantKernel(2);
+    const tr::PreparedCoverageKernel general = tr::PreparedGeneralKernel();
+    const PerSampleWords perSample{tables};
+    auto run = [&] {
+        for (const TriangleSet::Draw& d : s.draws) {
+            const tr::PreparedVertex* v = vertices.data() + d.firstVertex;
+            const uint32_t* idx = s.indices.data() + d.firstIndex;
+            for (uint32_t i = 0; i + 3 <= d.count; i += 3) {
+                const tr::PreparedVertex &a = v[idx[i]], &b = v[idx[i + 1]], &c = v[idx[i + 2]];
+                switch (kernel) {
+                    case WalkKernel::kConstant: constant(target, a, b, c); break;
+                    case WalkKernel::kGeneralWords: general(target, a, b, c); break;
+                    case WalkKernel::kGeneralPerSample:
+                        tr::RasterizePrepared(a, b, c, map.data(), window, perSample);
+                        break;
+                }
+            }
+        }
+    };
+    // The word operation must be the definition: one pass over a cleared map
+    // equals the reference general kernel's.
+    if (kernel == WalkKernel::kGeneralPerSample) {
+        run();
+        std::vector<uint16_t> reference(map.size());
+        const tr::CoverageTarget referenceTarget{reference.data(), s.mapSide, s.mapSide, &tables,
+                                                 nullptr};
+        for (const TriangleSet::Draw& d : s.draws) {
+            const double* xy = s.xy.data() + 2 * d.firstVertex;
+            const uint32_t* idx = s.indices.data() + d.firstIndex;
+            for (uint32_t i = 0; i + 3 <= d.count; i += 3) {
+                tr::ScreenTriangle t{};
+                for (int k = 0; k < 3; ++k) {
+                    t.x[k] = static_cast<float>(xy[2 * idx[i + k]]);
+                    t.y[k] = static_cast<float>(xy[2 * idx[i + k] + 1]);
+                }
+                tr::GeneralCoverageKernel()(referenceTarget, t);
+            }
+        }
+        if (reference != map) {
+            state.SkipWithError("per-sample words differ from the general kernel");
+            return;
+        }
+    }
+    for (auto _ : state) {
+        run();
+        benchmark::DoNotOptimize(map.data());
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * s.coveredSubSamples);
+}
+
+BENCHMARK_CAPTURE(BM_Walk, Glyphs_Constant, Size::kGlyphs, WalkKernel::kConstant);
+BENCHMARK_CAPTURE(BM_Walk, Glyphs_GeneralWords, Size::kGlyphs, WalkKernel::kGeneralWords);
+BENCHMARK_CAPTURE(BM_Walk, Glyphs_GeneralPerSample, Size::kGlyphs, WalkKernel::kGeneralPerSample);
+BENCHMARK_CAPTURE(BM_Walk, Large_Constant, Size::kLarge, WalkKernel::kConstant);
+BENCHMARK_CAPTURE(BM_Walk, Large_GeneralWords, Size::kLarge, WalkKernel::kGeneralWords);
+BENCHMARK_CAPTURE(BM_Walk, Large_GeneralPerSample, Size::kLarge, WalkKernel::kGeneralPerSample);
+BENCHMARK_CAPTURE(BM_Walk, Small_Constant, Size::kSmall, WalkKernel::kConstant);
+BENCHMARK_CAPTURE(BM_Walk, Small_GeneralWords, Size::kSmall, WalkKernel::kGeneralWords);
+BENCHMARK_CAPTURE(BM_Walk, Small_GeneralPerSample, Size::kSmall, WalkKernel::kGeneralPerSample);
 
 BENCHMARK_CAPTURE(BM_Fill, Glyphs_Constant, Size::kGlyphs, Kernel::kConstant);
 BENCHMARK_CAPTURE(BM_Fill, Glyphs_ConstantPlain, Size::kGlyphs, Kernel::kConstantPlain);
