@@ -123,6 +123,11 @@ TEST_F(CacheTest, PanicDropsDataOnLastRelease) {
     TestCache noBudget(0);
     Touch(noBudget, {50});
     EXPECT_EQ(gLiveFactories, 1) << "a cache without budget keeps nothing unreferenced";
+    TestCache oneLeft(300);
+    ASSERT_TRUE(oneLeft.Get(299, big));
+    EXPECT_FALSE(Property<Panic>(oneLeft)) << "one byte of budget left is no panic";
+    EXPECT_TRUE(oneLeft.Release(big));
+    EXPECT_EQ(gLiveFactories, 2) << "released with budget left: kept";
 }
 
 // Random gets, releases and invalidations keep the invariants (no eviction).
