@@ -101,6 +101,7 @@ TEST(BandKernels, DepthTestsMarkingAndClamps) {
         {K::kDepthFar, 0, 30000, 0},       {K::kDepthFar, 40000, 40000, 0},
         {K::kShadedFar, 0, 30000, 100},    {K::kSweep, 0, 30000, 0},
         {K::kMark, 0, 64770, 0},           {K::kMark, 12, 64770, 0},
+        {K::kShadedNear, 30000, 30000, 0}, {K::kShadedFar, 30000, 30000, 0},  // ties keep
     };
     for (const auto& c : cases) {
         Buffers b(c.stored);
