@@ -234,11 +234,15 @@ inline void WalkPreparedTileRows(const PreparedEdge& longEdge, const PreparedEdg
         high = (high + kSubMask) & ~int64_t{kSubMask};
         uint16_t* tileRow = words + static_cast<ptrdiff_t>(r >> kSubShift) * width;
         if (innerEnd <= innerBegin) innerBegin = innerEnd = high;  // no whole tile
-        for (int64_t x = low; x < innerBegin; x += kSubPerPx) maskedTile(tileRow + x, x, first, last);
+        for (int64_t x = low; x < innerBegin; x += kSubPerPx) {
+            maskedTile(tileRow + x, x, first, last);
+        }
         for (int64_t x = innerBegin; x < innerEnd; x += kSubPerPx) {
             std::memcpy(tileRow + x, &kTilePattern, sizeof kTilePattern);
         }
-        for (int64_t x = innerEnd; x < high; x += kSubPerPx) maskedTile(tileRow + x, x, first, last);
+        for (int64_t x = innerEnd; x < high; x += kSubPerPx) {
+            maskedTile(tileRow + x, x, first, last);
+        }
     }
 }
 

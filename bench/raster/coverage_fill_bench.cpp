@@ -174,15 +174,23 @@ int64_t CountCovered(const TriangleSet& s) {
     return covered;
 }
 
+// The set and its covered sub-samples; false (the benchmark skipped) when
+// there are no triangles.
+bool LoadSet(benchmark::State& state, Size size, TriangleSet& s) {
+    s = MakeTriangles(size);
+    if (s.indices.empty()) {
+        state.SkipWithError("no triangles (font missing?)");
+        return false;
+    }
+    s.coveredSubSamples = CountCovered(s);
+    return true;
+}
+
 enum class Kernel { kConstant, kConstantPlain, kGeneral, kGeneralPlain };
 
 void BM_Fill(benchmark::State& state, Size size, Kernel kernel) {
-    TriangleSet s = MakeTriangles(size);
-    if (s.indices.empty()) {
-        state.SkipWithError("no triangles (font missing?)");
-        return;
-    }
-    s.coveredSubSamples = CountCovered(s);
+    TriangleSet s;
+    if (!LoadSet(state, size, s)) return;
     std::vector<uint16_t> map(static_cast<size_t>(s.mapSide) * s.mapSide / 4);
     CRasterizer_ r;
     SetUp(r, map.data(), s.mapSide);
@@ -234,15 +242,12 @@ struct PerSampleWords {
 };
 
 void BM_Walk(benchmark::State& state, Size size, WalkKernel kernel) {
-    TriangleSet s = MakeTriangles(size);
-    if (s.indices.empty()) {
-        state.SkipWithError("no triangles (font missing?)");
-        return;
-    }
-    s.coveredSubSamples = CountCovered(s);
+    TriangleSet s;
+    if (!LoadSet(state, size, s)) return;
     std::vector<tr::PreparedVertex> vertices;
     for (size_t i = 0; i + 1 < s.xy.size(); i += 2) {
-        vertices.push_back(tr::PrepareVertex(static_cast<float>(s.xy[i]), static_cast<float>(s.xy[i + 1])));
+        vertices.push_back(
+            tr::PrepareVertex(static_cast<float>(s.xy[i]), static_cast<float>(s.xy[i + 1])));
     }
     uint8_t nibbleMap[16];
     for (int v = 0; v < 16; ++v) nibbleMap[v] = static_cast<uint8_t>(v);
