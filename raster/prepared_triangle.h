@@ -31,7 +31,7 @@
 // lie inside the map needs no column clamping.
 //
 // Constant-value word operations on triangles at least kTileRowMinWidthFx
-// wide go a tile row (four rows) at a time instead: a tile's four row words
+// wide and eight rows tall go a tile row (four rows) at a time instead: a tile's four row words
 // are adjacent, so a tile every row covers is one 8-byte store of the
 // pattern and each tile around them one masked 8-byte write, with no
 // per-row branch on the span's length.
@@ -175,7 +175,8 @@ concept StoresPattern = requires { WordOp::kPattern; };
 // get one masked 8-byte write each, the four rows' nibbles at once. Row
 // spans and values are those of the row walk; no data-dependent branch per
 // row.
-// Narrower triangles have few whole tiles: the row walk suits them.
+// Narrower or flatter triangles have few whole tiles: the row walk suits
+// them.
 inline constexpr int64_t kTileRowMinWidthFx = int64_t{32} * kFxOne;
 
 template <Columns kColumns, StoresPattern WordOp>
@@ -275,7 +276,7 @@ inline void WalkPreparedTriangle(const PreparedVertex& v0, const PreparedVertex&
     const int64_t minX = std::min({v0.xFx, v1.xFx, v2.xFx});
     const int64_t maxX = std::max({v0.xFx, v1.xFx, v2.xFx});
     if constexpr (StoresPattern<WordOp>) {
-        if (maxX - minX >= kTileRowMinWidthFx) {
+        if (maxX - minX >= kTileRowMinWidthFx && end - begin >= 2 * kSubPerPx) {
             if (minX >= 1 && FxFloor(maxX - 1) <= w.width - 1) {
                 WalkPreparedTileRows<Columns::kInside>(longEdge, upper, lower, longIsLeft, begin,
                                                        split, end, words, w.width, op);
