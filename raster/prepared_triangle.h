@@ -31,10 +31,10 @@
 // lie inside the map needs no column clamping.
 //
 // Constant-value word operations on triangles at least kTileRowMinWidthFx
-// wide and eight rows tall go a tile row (four rows) at a time instead: a tile's four row words
-// are adjacent, so a tile every row covers is one 8-byte store of the
-// pattern and each tile around them one masked 8-byte write, with no
-// per-row branch on the span's length.
+// wide and eight rows tall go a tile row (four rows) at a time instead: a
+// tile's four row words are adjacent, so a tile every row covers is one
+// 8-byte store of the pattern and each tile around them one masked 8-byte
+// write, with no per-row branch on the span's length.
 //
 // Triangles with a vertex that is not walkable go through the reference
 // set-up and clipping unchanged. Vertex order, the area test and the row
