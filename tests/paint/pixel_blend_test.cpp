@@ -53,16 +53,13 @@ TEST(PixelBlend, VectorMatchesScalar) {
         sums.painted = static_cast<int32_t>(rng() % 49);
         sums.s = RandomValue(rng, 48.0f * 255.0f);
         for (float& c : sums.c) c = RandomValue(rng, 48.0f * 255.0f * 255.0f);
-        ASSERT_EQ(BlendCounted(target, sums, mode), BlendCountedScalar(target, sums, mode))
-            << std::hexfloat << "target " << target << " mode " << mode << " P " << sums.painted
-            << " S " << sums.s << " C " << sums.c[0] << " " << sums.c[1] << " " << sums.c[2];
+        ASSERT_EQ(BlendCounted(target, sums, mode), BlendCountedScalar(target, sums, mode)) << i;
         const WorkingColor colour{RandomValue(rng, 255.0f), RandomValue(rng, 255.0f),
                                  RandomValue(rng, 255.0f), 0.0f};
         const float alpha = RandomValue(rng, 255.0f);
         ASSERT_EQ(BlendUniform(target, colour, alpha, mode),
                   BlendUniformScalar(target, colour, alpha, mode))
-            << std::hexfloat << "target " << target << " mode " << mode << " colour " << colour.c0
-            << " " << colour.c1 << " " << colour.c2 << " alpha " << alpha;
+            << i;
     }
 }
 #endif
