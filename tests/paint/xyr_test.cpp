@@ -1,8 +1,7 @@
 // CXyR::DrawFragments: what each fragment kind sends to the rasterizer (a
 // recording fake) and first-use binding; real coverage of a square face
-// from its origin pixel, outline strokes widening it, hostile input staying
-// inside the buffer; and real glyphs drawn through the rasterizer's default
-// path and its plain twin.
+// from its origin pixel, outline strokes widening it behind the face, and
+// hostile input staying inside the buffer.
 #include "paint/xyr.h"
 
 #include <gtest/gtest.h>
@@ -13,21 +12,14 @@
 #include <limits>
 #include <list>
 #include <memory>
-#include <new>
-#include <random>
-#include <string>
 #include <vector>
 
 #include "fragment_test_support.h"
 #include "outline/outline_builder.h"
 #include "paint/face.h"
-#include "raster/rasterizer_impl.h"
 #include "surface/fragment.h"
 #include "tests/outline/glyph_data.h"
 #include "tests/raster/raster_test_util.h"
-#if TR_TEST_WITH_GLYPH_SOURCE
-#include "tools/glyph_source/glyph_source.h"
-#endif
 
 namespace {
 
@@ -161,21 +153,6 @@ TEST_F(DrawFragmentsFake, KindsDrawTheirGeometryOverEveryContour) {
     }
 }
 
-TEST_F(DrawFragmentsFake, MapsLoadInListOrderAndUnmappedFragmentsAreSkipped) {
-    CXyR xyr(&CreateRecording, &ReleaseRecording);
-    const CFragment list[] = {Fragment(&face, kFaceMap, 0), Fragment(&face, nullptr, 2, 40),
-                              Fragment(&face, kBehindMap, 2, 4)};
-    xyr.DrawFragments(source, list);
-    std::vector<std::vector<double>> maps;
-    for (const auto& c : DrawCalls())
-        if (c.name == "SetNibbleMap") maps.push_back(c.args);
-    ASSERT_EQ(maps.size(), 2u);
-    EXPECT_EQ(maps[0], std::vector<double>(kFaceMap, kFaceMap + 16));
-    EXPECT_EQ(maps[1], std::vector<double>(kBehindMap, kBehindMap + 16));
-    EXPECT_EQ(xyr.strokeWidth, 4.0);
-    EXPECT_EQ(Strips(DrawCalls()).size(), 3u);  // only the mapped stroke
-}
-
 // An empty list creates nothing; a list of one unmapped fragment creates
 // and binds the rasterizer but draws nothing; the same buffer is bound
 // once, another one again.
@@ -259,8 +236,10 @@ TEST_F(DrawFragmentsReal, OutlineOutWidensByTheStrokeWidthWithRoundOrMitredCorne
         Prepare();
         CXyR xyr;
         xyr.wideOutlines = static_cast<uint8_t>(wide);
-        // Width 2 pixels: 8 sub-samples at scale 1.
-        const CFragment list[] = {Fragment(&face, kFaceMap, 0), Fragment(&face, kBehindMap, 2, 8)};
+        // Width 2 pixels: 8 sub-samples at scale 1; a fragment without a
+        // map is skipped.
+        const CFragment list[] = {Fragment(&face, kFaceMap, 0), Fragment(&face, kBehindMap, 2, 8),
+                                  Fragment(&face, nullptr, 2, 40)};
         xyr.DrawFragments(source, list);
         EXPECT_EQ(map->Count(2), 100 * 100);  // the stroke only writes behind the face
         EXPECT_EQ(Box(0), (std::array<int, 4>{20, 20, 136, 136}));
@@ -317,79 +296,5 @@ TEST_F(DrawFragmentsReal, HostileValuesStayInsideTheBuffer) {
     }
 }
 
-#if TR_TEST_WITH_GLYPH_SOURCE
-CRasterizer* CreatePlainRasterizer() noexcept {
-    auto* r = new (std::nothrow) CRasterizer_();
-    if (r != nullptr) r->UsePlainKernels(true);
-    return r;
-}
-
-// Real glyphs (DejaVu Sans at 64 px through the outline builder) with every
-// fragment kind, plain and wide strokes, shadows, constant and general maps,
-// on faces slanted, rotated, sheared and tapered: the coverage drawn
-// through the rasterizer's default path equals its plain twin's.
-TEST(DrawFragmentsGlyphs, DefaultAndPlainRasterizerDrawTheSameCoverage) {
-    constexpr int32_t kPx = 64;
-    auto glyphs = tr::tools::GlyphSource::Open(tr::tools::kDefaultFont, kPx,
-                                               tr::tools::GlyphFormat::CurveRecords);
-    if (!glyphs) GTEST_SKIP() << "font not found";
-    std::mt19937 rng(64);
-    std::uniform_real_distribution<double> u(-1.0, 1.0);
-    for (const char ch : std::string("aB8@gQ%&ew")) {
-        COutline2 outline;
-        trtest::LoadGroups(outline,
-                           tr::BuildOutline(tr::MakeOutlineRequest(
-                                                glyphs->Context(), OUTLINE_NO_CACHE, kPx,
-                                                &tr::tools::GlyphSource::Callback,
-                                                static_cast<uint8_t>(ch), 0, 0))
-                               .groups,
-                           kPx);
-        ASSERT_FALSE(outline.IsEmpty()) << ch;
-        for (int variant = 0; variant < 12; ++variant) {
-            // Maps: all constant (a flat title), or a constant face over
-            // strokes and shadows that only fill what is still empty.
-            uint8_t maps[4][16];
-            for (int m = 0; m < 4; ++m)
-                for (int v = 0; v < 16; ++v)
-                    maps[m][v] = static_cast<uint8_t>(variant % 2 == 0 || v == 0 ? m + 2 : v);
-            const double w = 1.0 + 4.0 * (u(rng) + 1.0);  // outline units are pixels here
-            std::vector<CFragment> list = {
-                Fragment(nullptr, maps[3], 3 + variant % 7, w, 6.0 * u(rng), 6.0 * u(rng)),
-                Fragment(nullptr, maps[1], 1 + variant % 2, w), Fragment(nullptr, maps[0], 0)};
-            if (variant % 4 == 3) list.push_back(Fragment(nullptr, maps[2], 0, 0, 5 * u(rng), -4));
-            // Faces as the character pass sets them up (scale 0.25), margins
-            // from the fragments' widths and offsets; the same face for both.
-            const bool plainFace = variant % 3 == 0, moved = variant % 3 == 2;
-            const uint32_t faceSeed = rng();
-            std::vector<trtest::GuardedMap> drawn;
-            for (const bool plainKernels : {false, true}) {
-                std::mt19937 faceRng(faceSeed);
-                auto r = [&](double scale) { return plainFace ? 0.0 : scale * u(faceRng); };
-                auto m = [&](double scale) { return moved ? scale * u(faceRng) : 0.0; };
-                CFace face{nullptr};
-                face.pixelRatio = 1.0;
-                face.SetUp(&outline, kPx, 1.0 + r(0.3), 1.0 + r(0.3), r(0.3), r(0.1), r(3.0),
-                           100.0 + 10.0 * u(faceRng), 200.0 + 10.0 * u(faceRng), m(25), m(25),
-                           r(0.2), r(0.2));
-                for (CFragment& f : list) {
-                    f.face = &face;
-                    face.marginX = std::fmax(face.marginX, std::fabs(f.shadowOffsetA) + f.widthPx);
-                    face.marginY = std::fmax(face.marginY, std::fabs(f.shadowOffsetB) + f.widthPx);
-                }
-                face.Measure();
-                trtest::GuardedMap& map = drawn.emplace_back(face.subWidth, face.subHeight);
-                CXyR xyr(plainKernels ? &CreatePlainRasterizer : &CreateRasterizer,
-                         &ReleaseRasterizer);
-                xyr.wideOutlines = static_cast<uint8_t>(variant / 6);
-                xyr.DrawFragments({map.Words(), face.subWidth, face.subHeight, &outline}, list);
-            }
-            const trtest::GuardedMap &fast = drawn[0], &plain = drawn[1];
-            ASSERT_TRUE(fast.SameAs(plain)) << "'" << ch << "' variant " << variant;
-            ASSERT_TRUE(fast.GuardsIntact());
-            ASSERT_GT(fast.W() * fast.H() - fast.Count(0), 2000) << "'" << ch << "' " << variant;
-        }
-    }
-}
-#endif
 
 }  // namespace
