@@ -12,6 +12,7 @@
 #include "outline/character_data.h"
 #include "outline/contour_group.h"
 #include "outline/outline2.h"
+#include "paint/face.h"
 #include "raster/rasterizer.h"
 
 namespace trtest {
@@ -148,6 +149,23 @@ inline CContourGroup SquareGroup(double x0, double y0, double side) {
     g.outer.clockwise = true;
     g.triangles = {0, 1, 2, 0, 2, 3};
     return g;
+}
+
+// A face over the outline box [minX, maxX] × [minY, maxY] at the given
+// scale, unit width and height scales and pixel ratio, as the character
+// pass sets it up; the caller adjusts and measures it.
+inline void SetUpBox(CFace& f, double minX, double minY, double maxX, double maxY, double scale) {
+    f.hasOutline = f.dirty = 1;
+    f.widthScale = f.heightScale = f.pixelRatio = 1.0;
+    f.scale = scale;
+    f.centreX = f.painterCentreX = (minX + maxX) * 0.5;
+    f.centreY = f.painterCentreY = (minY + maxY) * 0.5;
+    f.halfWidth = (maxX - minX) * 0.5;
+    f.halfHeight = (maxY - minY) * 0.5;
+    f.faceExtents[0] = f.extents[0] = {minX, minY};
+    f.faceExtents[1] = f.extents[1] = {maxX, minY};
+    f.faceExtents[2] = f.extents[2] = {maxX, maxY};
+    f.faceExtents[3] = f.extents[3] = {minX, maxY};
 }
 
 }  // namespace trtest

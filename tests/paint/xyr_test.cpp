@@ -34,23 +34,13 @@ CRasterizer* CreateRecording() noexcept {
 }
 void ReleaseRecording(CRasterizer* r) noexcept { delete r; }
 
-// The face of an outline whose box is [minX, maxX] × [minY, maxY], set up
-// as the character pass does with scale 1 (one outline unit per
-// sub-sample), unit scales and pixel ratio, then measured.
+// The face of the box [minX, maxX] × [minY, maxY] at scale 1 (one outline
+// unit per sub-sample), measured.
 void SetUpFace(CFace& f, double minX, double minY, double maxX, double maxY, double faceX = 0,
                double faceY = 0) {
-    f.hasOutline = f.dirty = 1;
-    f.scale = f.widthScale = f.heightScale = f.pixelRatio = 1.0;
+    trtest::SetUpBox(f, minX, minY, maxX, maxY, 1.0);
     f.faceX = faceX;
     f.faceY = faceY;
-    f.centreX = f.painterCentreX = (minX + maxX) * 0.5;
-    f.centreY = f.painterCentreY = (minY + maxY) * 0.5;
-    f.halfWidth = (maxX - minX) * 0.5;
-    f.halfHeight = (maxY - minY) * 0.5;
-    f.faceExtents[0] = f.extents[0] = {minX, minY};
-    f.faceExtents[1] = f.extents[1] = {maxX, minY};
-    f.faceExtents[2] = f.extents[2] = {maxX, maxY};
-    f.faceExtents[3] = f.extents[3] = {minX, maxY};
     f.Measure();
 }
 
@@ -161,8 +151,15 @@ TEST_F(DrawFragmentsFake, FirstUseCreatesAndBinds) {
     xyr.DrawFragments(source, {});
     EXPECT_EQ(gCreated, 0);
     const CFragment unmapped[] = {Fragment(&face, nullptr, 0, 8)};
+    face.taperH = 12.3;
+    face.taperV = -4.56;
     xyr.DrawFragments(source, unmapped);
     ASSERT_EQ(gCreated, 1);
+    std::vector<std::vector<double>> tapers;  // the face's, in single precision, in both passes
+    for (const auto& c : gLast->calls) {
+        if (c.name == "SetTaper") tapers.push_back(c.args);
+    }
+    EXPECT_EQ(tapers, (std::vector<std::vector<double>>(2, {12.3f, -4.56f})));
     EXPECT_EQ(gLast->calls.front().name, "Init");
     EXPECT_EQ(gLast->calls.front().pointer, buffer.data());
     EXPECT_EQ(gLast->calls.front().args,
@@ -231,9 +228,17 @@ TEST_F(DrawFragmentsReal, FaceFillsTheSquareFromTheOriginPixelCorner) {
     }
 }
 
-TEST_F(DrawFragmentsReal, OutlineOutWidensByTheStrokeWidthWithRoundOrMitredCorners) {
+// A square with a square hole as the outline builder orients them (outer
+// clockwise, hole counter-clockwise): the outer outline grows away from the
+// fill on both edges, behind the face, with round or mitred corners.
+TEST_F(DrawFragmentsReal, OutlineOutGrowsAwayFromTheFill) {
+    const auto glyph = tr::test::PolygonGlyph(
+        {{{0, 0}, {100, 0}, {100, 100}, {0, 100}}, {{30, 30}, {30, 70}, {70, 70}, {70, 30}}});
+    std::list<CContourGroup> groups;
+    tr::Dispatch(groups, 400, glyph.data(), glyph.size(), OUTLINE_POLYGON_INPUT, 0);
     for (const int wide : {0, 1}) {
         Prepare();
+        trtest::LoadGroups(outline, groups, 400);
         CXyR xyr;
         xyr.wideOutlines = static_cast<uint8_t>(wide);
         // Width 2 pixels: 8 sub-samples at scale 1; a fragment without a
@@ -241,42 +246,27 @@ TEST_F(DrawFragmentsReal, OutlineOutWidensByTheStrokeWidthWithRoundOrMitredCorne
         const CFragment list[] = {Fragment(&face, kFaceMap, 0), Fragment(&face, kBehindMap, 2, 8),
                                   Fragment(&face, nullptr, 2, 40)};
         xyr.DrawFragments(source, list);
-        EXPECT_EQ(map->Count(2), 100 * 100);  // the stroke only writes behind the face
+        // Outline units to sub-samples: x + 28, 128 − y; the hole is 58..98.
+        EXPECT_EQ(map->Count(2), 100 * 100 - 40 * 40);
         EXPECT_EQ(Box(0), (std::array<int, 4>{20, 20, 136, 136}));
         // Sub-sample (21, 21) is 9 sub-samples diagonally off the corner
         // (28, 28) at its centre: outside the round join, inside the mitre.
         EXPECT_EQ(map->At(21, 21), wide ? 3u : 0u) << wide;
         EXPECT_EQ(map->At(25, 25), 3u);
-        EXPECT_EQ(map->At(60, 22), 3u);
+        EXPECT_EQ(map->At(60, 78), 3u);  // inside the hole, within 8 of its edge
+        EXPECT_EQ(map->At(78, 78), 0u);  // the hole's centre stays open
     }
 }
 
-// Contours as the outline builder orients them (outer clockwise, holes
-// counter-clockwise): the outer outline grows away from the filled area on
-// both the outer edge and the hole's edge.
-TEST_F(DrawFragmentsReal, BuilderOrientedGlyphIsOutlinedOutsideItsFill) {
-    const auto glyph = tr::test::PolygonGlyph(
-        {{{0, 0}, {100, 0}, {100, 100}, {0, 100}}, {{30, 30}, {30, 70}, {70, 70}, {70, 30}}});
-    std::list<CContourGroup> groups;
-    tr::Dispatch(groups, 400, glyph.data(), glyph.size(), OUTLINE_POLYGON_INPUT, 0);
-    ASSERT_EQ(groups.size(), 1u);
-    Prepare();
-    trtest::LoadGroups(outline, groups, 400);
-    CXyR xyr;
-    const CFragment list[] = {Fragment(&face, kFaceMap, 0), Fragment(&face, kBehindMap, 2, 8)};
-    xyr.DrawFragments(source, list);
-    // Outline units to sub-samples: x + 28, 128 − y. Hole: 58..98 both ways.
-    EXPECT_EQ(map->Count(2), 100 * 100 - 40 * 40);
-    EXPECT_EQ(map->At(24, 70), 3u);  // outside the outer edge, within 8
-    EXPECT_EQ(map->At(60, 78), 3u);  // inside the hole, within 8 of its edge
-    EXPECT_EQ(map->At(78, 78), 0u);  // the hole's centre stays open
-}
-
+// Non-finite and huge widths and offsets for every kind; kind 10 (a face)
+// also at a hostile face position and taper.
 TEST_F(DrawFragmentsReal, HostileValuesStayInsideTheBuffer) {
     const double inf = std::numeric_limits<double>::infinity();
     for (const double v : {std::nan(""), inf, -inf, 1e300, -1e300, 3e9, -7e5}) {
         for (int32_t kind = 0; kind <= 10; ++kind) {
-            Prepare();
+            Prepare(kind == 10 ? v : 0.0, kind == 10 ? -v : 0.0);
+            face.taperH = kind == 10 ? v : 0.0;
+            face.taperV = kind == 10 ? -v : 0.0;
             CXyR xyr;
             xyr.wideOutlines = kind % 2 == 0;
             const CFragment list[] = {Fragment(&face, kFaceMap, kind, v, v, -v),
@@ -285,16 +275,7 @@ TEST_F(DrawFragmentsReal, HostileValuesStayInsideTheBuffer) {
             xyr.DrawFragments(source, list);
             EXPECT_TRUE(map->GuardsIntact()) << "kind " << kind << " value " << v;
         }
-        Prepare(v, -v);  // face position and taper
-        face.taperH = v;
-        face.taperV = -v;
-        CXyR xyr;
-        const CFragment list[] = {Fragment(&face, kFaceMap, 0),
-                                  Fragment(&face, kBehindMap, 2, 8, 3, 3)};
-        xyr.DrawFragments(source, list);
-        EXPECT_TRUE(map->GuardsIntact()) << "face at " << v;
     }
 }
-
 
 }  // namespace
