@@ -69,32 +69,13 @@ TEST(ClassifyTurn, ThresholdsOfPlainAndWideStrokes) {
     }
 }
 
-// Convex regular polygons stroked on their outer side: every vertex turns by
-// 2π/n, so the round join takes trunc(16 × 2 ÷ n) steps of π/16, at least 3.
-// Wide right-hand strokes skip turns up to 0.22π past straight and mitre
-// those up to 0.51π; wide left-hand strokes mitre every turn from 0.1π to
-// 0.51π.
-TEST(DrawStroke, JoinPairsPerVertexOfRegularPolygons) {
-    const struct {
-        int n;
-        bool wide;
-        int rightPairs, leftPairs;
-    } cases[] = {
-        {3, false, 10, 10}, {5, false, 6, 6}, {6, false, 5, 5}, {7, false, 4, 4},
-        {12, false, 3, 3},  {40, false, 0, 0}, {12, true, 0, 1}, {7, true, 1, 1},
-        {6, true, 1, 1},    {5, true, 1, 1},  {3, true, 10, 10}, {40, true, 0, 0},
-    };
-    for (const auto& c : cases) {
-        for (const StrokeSide side : {kRight, kLeft}) {
-            // The right-hand side of a counter-clockwise contour is outside.
-            const bool left = side == kLeft;
-            RecordingRasterizer r;
-            DrawStroke(r, View(Polygon(c.n, 50, left)), 3.0, side, c.wide);
-            const auto strips = Strips(r.calls);
-            ASSERT_EQ(strips.size(), 1u);
-            EXPECT_EQ(strips[0].size(), 1u + c.n * (2u + (left ? c.leftPairs : c.rightPairs)))
-                << "n " << c.n << " wide " << c.wide << " left " << left;
-        }
+// Round joins take steps of at most π/16 over the turn's deviation from π,
+// at least 3: the turns of regular n-gons (2π/n past straight).
+TEST(RoundJoinSteps, StepsOfASixteenthOfPi) {
+    const std::pair<int, int> cases[] = {{3, 10}, {5, 6}, {7, 4}, {12, 3}};  // n, steps
+    for (const auto& [n, steps] : cases) {
+        EXPECT_EQ(RoundJoinSteps(kPi + 2 * kPi / n, kRight), steps) << n;
+        EXPECT_EQ(RoundJoinSteps(kPi - 2 * kPi / n, kLeft), steps) << n;
     }
 }
 
