@@ -67,6 +67,36 @@ TEST(Compositor, BlendArithmetic) {
     }
 }
 
+// Records the slot and painter pixel of every ShadeAt call.
+class CRecordingShade final : public CColorApplicator {
+public:
+    using Log = std::vector<std::array<int32_t, 3>>;
+    CRecordingShade(Log* log, int32_t slot) : log_(log), slot_(slot) {}
+    float ShadeAt(int32_t x, int32_t y) override {
+        log_->push_back({slot_, x, y});
+        return 255.0f;
+    }
+
+private:
+    Log* log_;
+    int32_t slot_;
+};
+
+// Sums of three or more shades depend on their order only in rare roundings.
+TEST(Compositor, ShadesEachPresentNumberOnceInIncreasingOrder) {
+    for (CompositeFunction composite : {CompositeCharacter, CompositeCharacterReference}) {
+        CRecordingShade::Log log;
+        TestCharacter ch(4, 4);
+        ch.Fill([](int32_t sx, int32_t sy) { return sx < 6 ? 9u : (sy < 7 ? 3u : 5u); });
+        for (int32_t slot : {3, 5, 9})
+            ch.painter.InstallApplicator(slot, new CRecordingShade(&log, slot));
+        std::vector<uint32_t> pixels(20 * 20, 0u);
+        ch.Bind(pixels.data(), 20 * 4, 20, 20, 2.5, 3.2, 0);  // target (4, 5) is (2, 2)
+        composite(ch.painter, CompositeRect{4, 5, 1, 1});
+        EXPECT_EQ(log, (CRecordingShade::Log{{3, 2, 2}, {5, 2, 2}, {9, 2, 2}}));
+    }
+}
+
 // Random coverage (large uniform areas, ragged edges and noise), slots,
 // positions, clips and rectangles. With `flat`, only flat and null colours
 // over a target of few distinct pixels, where the compositor reuses earlier
