@@ -1,6 +1,7 @@
 // The transform set-up of CXyR: where the outline origin lands (a pixel
 // corner plus the face position's fraction), the origin pixel, the painter
-// rectangle and the extents quads in coverage pixels. Expected positions
+// rectangle, and the extents quads grown by the fragments, in coverage
+// pixels. Expected positions
 // come from the face's affine map written out here (slant, scale, shear,
 // centre, rotation, then the box onto the viewport with y downward).
 #include <gtest/gtest.h>
@@ -54,6 +55,10 @@ Point Map(const CFace& f, const FaceValues& v, double x, double y) {
             (-ry / f.halfHeight + 1) * f.subHeightExact / 2};
 }
 
+// Every face draws the same list: an unmapped fragment (which does not
+// count) and two strokes whose widths and shadow offsets widen the extents
+// quad by L = max(5, 2, 2 + 6) = 8, R = max(5, 2, 10 + 5) = 15,
+// B = max(5, 2, 5 + 3) = 8 and T = max(5, 2, 4 + 2) = 6.
 TEST(TransformSetUp, OriginLandsOnAPixelCornerPlusTheFaceFraction) {
     const FaceValues faces[] = {
         {0, 0, 0, 0, 0, 1, 1, 0, 0},
@@ -64,15 +69,23 @@ TEST(TransformSetUp, OriginLandsOnAPixelCornerPlusTheFaceFraction) {
         {-1.1, 0.1, 0, 0.15, -0.05, 1.5, 1.2, 7.9, 2.01},
         {std::numbers::pi / 2, 0, 0, 0, 0, 1, 1, 0, 0},
     };
+    const double grown[4][2] = {{-8, -18}, {95, -18}, {95, 56}, {-8, 56}};
     const uint8_t map[16] = {2};
     for (const FaceValues& v : faces) {
         CFace face(nullptr);
         SetUpFace(face, v);
         const double pcx = face.painterCentreX, pcy = face.painterCentreY;
         const double phw = face.painterHalfWidth, phh = face.painterHalfHeight;
-        CFragment fragment(map, 0, 0, 0, 0);
-        fragment.face = &face;
-        SetUpTransform(face, std::span<const CFragment>(&fragment, 1));
+        CFragment list[] = {CFragment(nullptr, 1, 0, 0, 0), CFragment(map, 1, 0, 0, 0),
+                            CFragment(map, 1, 0, 0, 0)};
+        const double widthAndOffsets[3][3] = {{50, -50, 50}, {5, 10, -3}, {2, -6, 4}};
+        for (int i = 0; i < 3; ++i) {
+            list[i].face = &face;
+            list[i].widthPx = widthAndOffsets[i][0];
+            list[i].shadowOffsetA = widthAndOffsets[i][1];
+            list[i].shadowOffsetB = widthAndOffsets[i][2];
+        }
+        SetUpTransform(face, list);
 
         // The origin moves to the first pixel corner right of (and below)
         // ceil(projection), then by 4 × the face position's fraction.
@@ -90,8 +103,9 @@ TEST(TransformSetUp, OriginLandsOnAPixelCornerPlusTheFaceFraction) {
             const Point p = Map(face, v, i == 1 || i == 2 ? 80 : 0, i < 2 ? -10 : 50);
             EXPECT_NEAR(face.faceExtents[i].x * 4, p.x + dx, 1e-6) << i;
             EXPECT_NEAR(face.faceExtents[i].y * 4, p.y + dy, 1e-6) << i;
-            EXPECT_EQ(face.extents[i].x, face.faceExtents[i].x);  // no width, no offset
-            EXPECT_EQ(face.extents[i].y, face.faceExtents[i].y);
+            const Point q = Map(face, v, grown[i][0], grown[i][1]);
+            EXPECT_NEAR(face.extents[i].x * 4, q.x + dx, 1e-6) << i;
+            EXPECT_NEAR(face.extents[i].y * 4, q.y + dy, 1e-6) << i;
         }
         // Painter rectangle: its centre mapped, half sizes as mapped lengths.
         const Point c = Map(face, v, pcx, pcy), a = Map(face, v, pcx, pcy + phh);
@@ -100,42 +114,6 @@ TEST(TransformSetUp, OriginLandsOnAPixelCornerPlusTheFaceFraction) {
         EXPECT_NEAR(face.painterCentreY * 4, c.y + dy, 1e-6);
         EXPECT_NEAR(face.painterHalfWidth, std::hypot(a.x - b.x, a.y - b.y) / 4, 1e-9);
         EXPECT_NEAR(face.painterHalfHeight, std::hypot(d.x - b.x, d.y - b.y) / 4, 1e-9);
-    }
-}
-
-TEST(TransformSetUp, ExtentsGrowByStrokeWidthsAndShadowOffsets) {
-    // (widthPx, offset a, offset b) → L, R, B, T.
-    const struct {
-        double w, a, b;
-        double left, right, bottom, top;
-    } cases[] = {
-        {5, 10, -3, 5, 15, 8, 5},
-        {2, -6, 4, 8, 2, 2, 6},
-        {3, 0, 1, 3, 3, 3, 4},
-    };
-    for (const auto& c : cases) {
-        CFace face(nullptr);
-        SetUpFace(face, FaceValues{0, 0, 0, 0, 0, 1, 1, 0, 0});
-        const uint8_t map[16] = {2};
-        CFragment mapped(map, 1, 0, 0, 0), unmapped(nullptr, 1, 0, 0, 0);
-        mapped.face = unmapped.face = &face;
-        mapped.widthPx = c.w;
-        mapped.shadowOffsetA = c.a;
-        mapped.shadowOffsetB = c.b;
-        unmapped.widthPx = 50;  // without a map it does not count
-        unmapped.shadowOffsetA = -50;
-        const CFragment list[] = {unmapped, mapped};
-        SetUpTransform(face, list);
-        // One outline unit is (Ws/2)/hw sub-samples across and (Hs/2)/hh
-        // down, y flipped; quads are stored in pixels.
-        const double ux = face.subWidthExact / 2.0 / face.halfWidth / 4;
-        const double uy = face.subHeightExact / 2.0 / face.halfHeight / 4;
-        const double gx[4] = {-c.left, c.right, c.right, -c.left};
-        const double gy[4] = {-c.bottom, -c.bottom, c.top, c.top};
-        for (int i = 0; i < 4; ++i) {
-            EXPECT_NEAR(face.extents[i].x - face.faceExtents[i].x, gx[i] * ux, 1e-9) << c.w << i;
-            EXPECT_NEAR(face.extents[i].y - face.faceExtents[i].y, -gy[i] * uy, 1e-9) << c.w << i;
-        }
     }
 }
 
