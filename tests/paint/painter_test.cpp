@@ -86,7 +86,6 @@ TEST(Painter, SoftShadowParameters) {
     EXPECT_EQ(shadow.softness, 2);
     EXPECT_EQ(shadow.GetShiftX(), -2);
     EXPECT_EQ(shadow.GetShiftY(), 1);
-    EXPECT_EQ(shadow.color.alpha, 128.0f / 255.0f);
     EXPECT_EQ(CSoftShadow(0, 1e30, 0, 0.0, 0.0f, 0.0).softness, INT32_MAX);
 }
 
