@@ -62,21 +62,6 @@ TEST(BlendMemo, SharedOnlyWithTheSameColoursAndMode) {
                   Composite(ch, true, styles[k].blendMode))
             << "style " << k;
     }
-    // One painter changed between calls: a new colour, a position-dependent
-    // applicator and a new opacity (which rescales the colours at
-    // preparation) each need fresh blends.
-    TestCharacter ch(kSide, kSide);
-    DrawRings(ch);
-    ch.painter.SetColor(2, 0xFF2040C0u);
-    ch.painter.SetColor(3, 0x80FF8000u);
-    EXPECT_EQ(Composite(ch, false, 0), Composite(ch, true, 0));
-    ch.painter.SetColor(3, 0xFF00FF00u);
-    EXPECT_EQ(Composite(ch, false, 0), Composite(ch, true, 0)) << "new colour";
-    ch.painter.InstallApplicator(2, new testing_support::CPatternShade(7));
-    EXPECT_EQ(Composite(ch, false, 0), Composite(ch, true, 0)) << "new kind";
-    ch.painter.SetColor(2, 0xFF2040C0u);
-    ch.painter.SetOpacity(0.5);
-    EXPECT_EQ(Composite(ch, false, 0), Composite(ch, true, 0)) << "opacity";
 }
 
 }  // namespace
