@@ -1,7 +1,7 @@
-// Contour walks: join thresholds, round joins and mitres on regular
-// polygons and squares, extrusions and smears, read back from a recording
-// rasterizer as quad strips; and the default stroke walk against its plain
-// twin on random contours.
+// Contour walks: join thresholds and steps, round joins and mitres on
+// squares, extrusions and smears, read back from a recording rasterizer as
+// quad strips; and the default stroke walk against its plain twin on random
+// contours.
 #include "paint/stroke_walk.h"
 
 #include <gtest/gtest.h>
