@@ -1,7 +1,7 @@
 // tests/paint/compositing_test_support.h — test-only: characters with a
-// coverage buffer of their own, a deterministic applicator, and compositing
-// of one or several characters written straight from the rules, one sample
-// at a time.
+// coverage buffer of their own, a position-dependent applicator, and the
+// compositing of one or several characters written straight from the rules,
+// one sample at a time.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +9,6 @@
 #include <cmath>
 #include <cstdint>
 #include <random>
-#include <utility>
 #include <vector>
 
 #include "paint/color_applicator.h"
@@ -23,31 +22,28 @@ inline uint32_t Hash(uint32_t seed, int32_t x, int32_t y) {
                  static_cast<uint32_t>(y) * 0xC2B2AE3Du;
     h ^= h >> 15;
     h *= 0x2C1B3C6Du;
-    h ^= h >> 12;
-    return h;
+    return h ^ h >> 12;
 }
 
-// Colour and alpha vary with the pixel (fractional values included, alpha
-// exactly 0 or 255 now and then); layer values are often 0 and often equal.
+// Colour and alpha vary with the pixel (fractions, alpha exactly 0 or 255
+// now and then); layer values are often 0 and often equal.
 class CPatternShade final : public CColorApplicator {
 public:
     explicit CPatternShade(uint32_t seed, bool joins = false) : seed_(seed) {
         joinsNeighbours = joins ? 1 : 0;
     }
     float ShadeAt(int32_t x, int32_t y) override {
-        const uint32_t h = Hash(seed_, x, y);
+        const uint32_t h = Hash(seed_, x, y), kind = (h >> 16) & 7;
         color.c0 = static_cast<float>(h & 0xFF) * 0.75f + 0.3f;
         color.c1 = static_cast<float>((h >> 8) & 0xFF);
         color.c2 = static_cast<float>((h >> 4) & 0xFF) * 0.999f;
-        const uint32_t kind = (h >> 16) & 7;
         color.alpha = kind == 0   ? 0.0f
                       : kind == 1 ? 255.0f
                                   : static_cast<float>((h >> 20) & 0xFF) * 0.997f + 0.1f;
         return color.alpha;
     }
     uint32_t LayerValueAt(int32_t x, int32_t y) override {
-        static constexpr uint32_t kValues[4] = {0, 0, 3, 200};
-        return kValues[Hash(seed_ ^ 0xABCDu, x, y) & 3];
+        return std::array<uint32_t, 4>{0, 0, 3, 200}[Hash(seed_ ^ 0xABCDu, x, y) & 3];
     }
 
 private:
@@ -67,12 +63,10 @@ struct TestCharacter {
         Word(sx, sy) = static_cast<uint16_t>((Word(sx, sy) & ~(0xFu << shift)) | (n << shift));
     }
     uint32_t Sample(int32_t sx, int32_t sy) { return (Word(sx, sy) >> (12 - 4 * (sx % 4))) & 0xFu; }
-    // Every sub-sample from sample(sx, sy).
     template <class F>
     void Fill(F sample) {
-        for (int32_t sy = 0; sy < 4 * height; ++sy) {
+        for (int32_t sy = 0; sy < 4 * height; ++sy)
             for (int32_t sx = 0; sx < 4 * width; ++sx) SetSample(sx, sy, sample(sx, sy));
-        }
     }
     void Bind(uint32_t* pixels, int32_t pitchBytes, int32_t clipWidth, int32_t clipHeight, double x,
               double y, int32_t blendMode) {
@@ -100,77 +94,38 @@ inline void FillBlobs(TestCharacter& ch, std::mt19937& rng, const uint32_t palet
     });
 }
 
-// Sub-sample offsets of the 48-sample footprint of pixel (x, y), relative to
-// sub-sample (4x, 4y): the own column from sub-row −2 to 5, sub-rows 1 and 3
-// of the left pixel, sub-rows 0 and 2 of the right pixel.
-inline std::vector<std::pair<int32_t, int32_t>> FootprintOffsets() {
-    std::vector<std::pair<int32_t, int32_t>> offsets;
-    for (int32_t dy = -2; dy <= 5; ++dy) {
-        for (int32_t dx = 0; dx < 4; ++dx) offsets.push_back({dx, dy});
+inline uint32_t Pack(const float v[4]) {
+    uint32_t pixel = 0;
+    for (int j = 0; j < 4; ++j) {
+        const double r = std::trunc(static_cast<double>(v[j]) + 0.5);
+        pixel |= (r < 0.0 ? 0u : r > 255.0 ? 255u : static_cast<uint32_t>(r)) << (8 * j);
     }
-    for (int32_t dx = -4; dx < 0; ++dx) offsets.insert(offsets.end(), {{dx, 1}, {dx, 3}});
-    for (int32_t dx = 4; dx < 8; ++dx) offsets.insert(offsets.end(), {{dx, 0}, {dx, 2}});
-    return offsets;
+    return pixel;
 }
 
-inline uint32_t RoundByte(float v) {
-    const double r = std::trunc(static_cast<double>(v) + 0.5);
-    if (r < 0.0) return 0;
-    return r > 255.0 ? 255u : static_cast<uint32_t>(r);
-}
-
-inline uint32_t Pack(float c0, float c1, float c2, float alpha) {
-    return RoundByte(c0) | RoundByte(c1) << 8 | RoundByte(c2) << 16 | RoundByte(alpha) << 24;
-}
-
-// S, C0-C2 and P of a counted footprint, summed in the order of Add calls.
-struct Sums {
-    float s = 0.0f;
-    float c[3] = {0.0f, 0.0f, 0.0f};
-    int32_t p = 0;
-    void Add(int32_t k, CColorApplicator* a, int32_t x, int32_t y) {
-        const float w = float(k) * a->ShadeAt(x, y);
-        s = s + w;
-        c[0] = c[0] + w * a->color.c0;
-        c[1] = c[1] + w * a->color.c1;
-        c[2] = c[2] + w * a->color.c2;
+// The blend of S, C0-C2 and P onto target; `uniform`: s is the shade A of a
+// uniform footprint and c its colour.
+inline uint32_t BlendByDefinition(uint32_t target, float s, const float c[3], int32_t p,
+                                  int32_t mode, bool uniform) {
+    float t[4], out[4];
+    for (int j = 0; j < 4; ++j) t[j] = float((target >> (8 * j)) & 0xFF);
+    if (uniform && mode != 0) {
+        out[0] = c[0], out[1] = c[1], out[2] = c[2], out[3] = s;
+    } else if (mode == 0) {
+        if (!uniform && s == 0.0f) return target;
+        const float a = uniform ? s : s / 48.0f, d = t[3], o = d + a - d * a / 255.0f;
+        if (o == 0.0f) return 0;
+        for (int j = 0; j < 3; ++j)
+            out[j] = (uniform ? c[j] : c[j] / s) * (a / o) + t[j] * ((d - d * a / 255.0f) / o);
+        out[3] = o;
+    } else {
+        const float u = float(48 - p) * t[3], total = s + u;
+        if (total == 0.0f) return 0;
+        for (int j = 0; j < 3; ++j) out[j] = (t[j] * u + c[j]) / total;
+        out[3] = total / 48.0f;
     }
-};
-
-inline float Channel(uint32_t pixel, int j) { return float((pixel >> (8 * j)) & 0xFF); }
-
-// "over" of source colour src with alpha a.
-inline uint32_t OverByDefinition(uint32_t target, const float src[3], float a) {
-    const float d = Channel(target, 3);
-    const float o = d + a - d * a / 255.0f;
-    if (o == 0.0f) return 0;
-    float out[3];
-    for (int j = 0; j < 3; ++j)
-        out[j] = src[j] * (a / o) + Channel(target, j) * ((d - d * a / 255.0f) / o);
-    return Pack(out[0], out[1], out[2], o);
+    return Pack(out);
 }
-
-// The counted blend from its definition.
-inline uint32_t BlendByDefinition(uint32_t target, const Sums& sums, int32_t blendMode) {
-    float out[3];
-    if (blendMode == 0) {
-        if (sums.s == 0.0f) return target;
-        for (int j = 0; j < 3; ++j) out[j] = sums.c[j] / sums.s;
-        return OverByDefinition(target, out, sums.s / 48.0f);
-    }
-    const float u = float(48 - sums.p) * Channel(target, 3);
-    const float total = sums.s + u;
-    if (total == 0.0f) return 0;
-    for (int j = 0; j < 3; ++j) out[j] = (Channel(target, j) * u + sums.c[j]) / total;
-    return Pack(out[0], out[1], out[2], total / 48.0f);
-}
-
-// How many pixels the reference decided by the uniform rule (and shaded)
-// and by counting.
-struct PathCounts {
-    int uniformPainted = 0;
-    int counted = 0;
-};
 
 // The number n when the eight coverage words holding the footprint of pixel
 // (x, y) are n in every sub-sample, else −1: the own column from sub-row −2
@@ -196,7 +151,14 @@ inline int32_t UniformNumber(TestCharacter& ch, int32_t x, int32_t y) {
 // in list order within a number.
 inline void CompositeByDefinition(const std::vector<TestCharacter*>& listed,
                                   const CompositeRect& rect, int32_t mode, uint32_t* pixels,
-                                  int32_t stride, int32_t clipW, int32_t clipH, PathCounts& paths) {
+                                  int32_t stride, int32_t clipW, int32_t clipH) {
+    // The footprint relative to sub-sample (4x, 4y): the own column from
+    // sub-row −2 to 5, sub-rows 1 and 3 on the left, 0 and 2 on the right.
+    std::vector<std::array<int32_t, 2>> footprint;
+    for (int32_t dy = -2; dy <= 5; ++dy)
+        for (int32_t dx = 0; dx < 4; ++dx) footprint.push_back({dx, dy});
+    for (int32_t dx = 0; dx < 4; ++dx)
+        footprint.insert(footprint.end(), {{dx - 4, 1}, {dx - 4, 3}, {dx + 4, 0}, {dx + 4, 2}});
     const size_t n = std::min<size_t>(listed.size(), 24);
     static CNullColor emptySlot;
     auto slot = [&](size_t c, uint32_t i) -> CColorApplicator* {
@@ -223,26 +185,22 @@ inline void CompositeByDefinition(const std::vector<TestCharacter*>& listed,
             const int32_t uniform = n == 1 ? UniformNumber(*listed[0], xs[0], ys[0]) : -1;
             if (uniform == 0 || uniform == 1) continue;
             if (uniform >= 2) {
-                ++paths.uniformPainted;
                 CColorApplicator* a = slot(0, uint32_t(uniform));
                 const float alpha = a->ShadeAt(xs[0], ys[0]);
                 const float src[3] = {a->color.c0, a->color.c1, a->color.c2};
-                target = mode == 0 ? OverByDefinition(target, src, alpha)
-                                   : Pack(src[0], src[1], src[2], alpha);
+                target = BlendByDefinition(target, alpha, src, 0, mode, true);
                 continue;
             }
-            ++paths.counted;
             std::vector<std::array<int32_t, 16>> counts(n, std::array<int32_t, 16>{});
-            Sums sums;
             std::vector<uint32_t> v(n);
-            for (const auto& [dx, dy] : FootprintOffsets()) {
+            int32_t p = 0;
+            for (const auto& [dx, dy] : footprint) {
                 for (size_t c = 0; c < n; ++c)
                     v[c] = listed[c]->Sample(4 * xs[c] + dx, 4 * ys[c] + dy);
                 const uint32_t best = *std::max_element(v.begin(), v.end());
                 std::vector<size_t> tied;
-                for (size_t c = 0; c < n; ++c) {
+                for (size_t c = 0; c < n; ++c)
                     if (v[c] == best) tied.push_back(c);
-                }
                 int owner = int(tied[0]);
                 if (tied.size() > 1 && joined[best]) {
                     auto value = [&](size_t c) {
@@ -250,21 +208,27 @@ inline void CompositeByDefinition(const std::vector<TestCharacter*>& listed,
                     };
                     owner = listed.size() == 2 ? owner : -1;
                     uint32_t top = owner >= 0 ? value(tied[0]) : 0;
-                    for (size_t c : tied) {
+                    for (size_t c : tied)
                         if (value(c) > top) top = value(c), owner = int(c);
-                    }
                 }
                 if (owner < 0) continue;
                 ++counts[size_t(owner)][best];
-                sums.p += best >= 2 ? 1 : 0;
+                p += best >= 2 ? 1 : 0;
             }
-            if (sums.p == 0) continue;
+            if (p == 0) continue;
+            float s = 0.0f, sum[3] = {0.0f, 0.0f, 0.0f};
             for (uint32_t i = 2; i < 16; ++i) {
                 for (size_t c = 0; c < n; ++c) {
-                    if (counts[c][i] != 0) sums.Add(counts[c][i], slot(c, i), xs[c], ys[c]);
+                    if (counts[c][i] == 0) continue;
+                    CColorApplicator* a = slot(c, i);
+                    const float w = float(counts[c][i]) * a->ShadeAt(xs[c], ys[c]);
+                    s = s + w;
+                    sum[0] = sum[0] + w * a->color.c0;
+                    sum[1] = sum[1] + w * a->color.c1;
+                    sum[2] = sum[2] + w * a->color.c2;
                 }
             }
-            target = BlendByDefinition(target, sums, mode);
+            target = BlendByDefinition(target, s, sum, p, mode, false);
         }
     }
 }

@@ -1,6 +1,6 @@
-// Tests of the blend arithmetic: the vector blends against their scalar
-// twins on random and extreme sums, the rounding rule, and the nibble-lane
-// counting against a per-sample count.
+// Tests of the blend arithmetic: the rounding rule, and the vector blends
+// against their scalar twins on random and extreme sums (NaN, denormals,
+// negatives, zero divisors).
 #include "paint/pixel_blend.h"
 
 #include <gtest/gtest.h>
@@ -8,8 +8,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
-
-#include "paint/coverage_footprint.h"
+#include <utility>
 
 namespace {
 
@@ -18,13 +17,11 @@ using namespace tr;
 TEST(PixelBlend, RoundingRule) {
     constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
     constexpr float kInf = std::numeric_limits<float>::infinity();
-    const struct {
-        float in;
-        uint32_t out;
-    } cases[] = {{0.0f, 0},     {0.49f, 0},    {0.5f, 1},    {127.5f, 128}, {254.49f, 254},
-                 {254.5f, 255}, {255.49f, 255}, {255.5f, 255}, {1e30f, 255},  {-0.4f, 0},
-                 {-0.6f, 0},    {-300.0f, 0},  {kNaN, 0},     {kInf, 255}};
-    for (const auto& c : cases) EXPECT_EQ(RoundToByte(c.in), c.out) << c.in;
+    const std::pair<float, uint32_t> cases[] = {
+        {0.0f, 0},     {0.49f, 0},   {0.5f, 1},    {127.5f, 128},  {254.49f, 254},
+        {254.5f, 255}, {255.49f, 255}, {255.5f, 255}, {1e30f, 255}, {-0.4f, 0},
+        {-0.6f, 0},    {-300.0f, 0},  {kNaN, 0},     {kInf, 255}};
+    for (const auto& [in, out] : cases) EXPECT_EQ(RoundToByte(in), out) << in;
     // 0.5 is added in double: 0.5 − 2^-25 plus 0.5 stays below 1 in double
     // but rounds to 1.0f in single precision.
     const float justBelowHalf = std::nextafter(0.5f, 0.0f);
@@ -53,41 +50,15 @@ TEST(PixelBlend, VectorMatchesScalar) {
         sums.painted = static_cast<int32_t>(rng() % 49);
         sums.s = RandomValue(rng, 48.0f * 255.0f);
         for (float& c : sums.c) c = RandomValue(rng, 48.0f * 255.0f * 255.0f);
-        ASSERT_EQ(BlendCounted(target, sums, mode), BlendCountedScalar(target, sums, mode))
-            << std::hexfloat << "target " << target << " mode " << mode << " P " << sums.painted
-            << " S " << sums.s << " C " << sums.c[0] << " " << sums.c[1] << " " << sums.c[2];
+        ASSERT_EQ(BlendCounted(target, sums, mode), BlendCountedScalar(target, sums, mode)) << i;
         const WorkingColor colour{RandomValue(rng, 255.0f), RandomValue(rng, 255.0f),
                                  RandomValue(rng, 255.0f), 0.0f};
         const float alpha = RandomValue(rng, 255.0f);
         ASSERT_EQ(BlendUniform(target, colour, alpha, mode),
                   BlendUniformScalar(target, colour, alpha, mode))
-            << std::hexfloat << "target " << target << " mode " << mode << " colour " << colour.c0
-            << " " << colour.c1 << " " << colour.c2 << " alpha " << alpha;
+            << i;
     }
 }
 #endif
-
-TEST(PixelBlend, NibbleLaneCountsMatchPerSampleCounts) {
-    std::mt19937 rng(5);  // 32-bit results below
-    for (int i = 0; i < 100000; ++i) {
-        // Words drawn from few numbers so that counts are large and varied.
-        const uint32_t palette[3] = {uint32_t(rng() % 16), uint32_t(rng() % 16),
-                                     uint32_t(rng() % 16)};
-        auto word = [&]() -> uint32_t {
-            uint32_t w = 0;
-            for (int k = 0; k < 8; ++k) w |= palette[rng() % 3] << (4 * k);
-            return rng() % 4 == 0 ? uint32_t(rng()) : w;
-        };
-        const FootprintWords f{word(), word(), word(), word(), word(), word(), word(), word()};
-        uint32_t expected[16] = {};
-        ForEachFootprintSample(f, [&expected](uint32_t n) { ++expected[n]; });
-        uint8_t counts[16];
-        const uint32_t present = CountFootprint(f, counts);
-        for (uint32_t n = 0; n < 16; ++n) {
-            ASSERT_EQ((present >> n) & 1u, expected[n] != 0 ? 1u : 0u) << "number " << n;
-            ASSERT_EQ(expected[n] != 0 ? counts[n] : 0u, expected[n]) << "number " << n;
-        }
-    }
-}
 
 }  // namespace
