@@ -1,6 +1,5 @@
 // Strip vertices of the band passes as the bevel painter drives them: light
-// intensities, near and far depth tests, and the depth ramp a square
-// contour produces.
+// intensities, near and far tests, the depth ramp of a square contour.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -42,9 +41,8 @@ struct Pass {
     std::vector<uint8_t> out = std::vector<uint8_t>(2 * kTiles * kTiles, 0xEE);
 };
 
-// A horizontal contour stroked with strips leaving at theta: every pixel
-// the strip reaches carries the strip's intensity. Light angles outside
-// [0, 360] wrap by whole turns.
+// A horizontal strip leaving at theta: every pixel it reaches carries its
+// intensity. Light angles outside [0, 360] wrap by whole turns.
 TEST(BevelStrips, IntensityIsExtremeAtLightAnglePlusMinusQuarterTurn) {
     const struct {
         double theta, lightDeg;
@@ -64,7 +62,7 @@ TEST(BevelStrips, IntensityIsExtremeAtLightAnglePlusMinusQuarterTurn) {
             for (int tx = 1; tx < Pass::kTiles - 1; ++tx) {
                 if (p.out[2 * (ty * Pass::kTiles + tx) + 1] == 10) continue;  // no sample
                 ++lit;
-                ASSERT_EQ(p.Light(tx, ty), c.want) << "theta " << c.theta << " pixel " << tx << ", " << ty;
+                ASSERT_EQ(p.Light(tx, ty), c.want) << c.theta << " at " << tx << ", " << ty;
             }
         EXPECT_GT(lit, 20);
     }
@@ -80,16 +78,14 @@ TEST(BevelStrips, NearStripsNeedMarkedSamplesFarStripsDoNot) {
         int written = 0;
         for (int ty = 1; ty < Pass::kTiles - 1; ++ty)
             for (int tx = 1; tx < Pass::kTiles - 1; ++tx) written += p.Depth(tx, ty) != 10;
-        EXPECT_EQ(written > 40, far);
-        EXPECT_EQ(written == 0, !far);
+        EXPECT_TRUE(far ? written > 40 : written == 0) << written;
     }
 }
 
-// A marked square [16, 80]^2 with near strips of depth 16 along its edges,
-// leaving inward: along the middle row depth rises from the left edge
-// (pixel 4) to the marked value at 16 + 16 = 32 (pixel 8), stays there,
-// and falls towards the right edge; outside stays empty. The marking is
-// drawn once as indexed triangles and once as a BandVertex quad.
+// A marked square [16, 80]^2 with inward near strips of depth 16: along
+// the middle row depth rises from the left edge (pixel 4) to the marked
+// value at pixel 8, stays, and falls towards the right edge. Marked once
+// by indexed triangles, once by a BandVertex quad.
 TEST(BevelStrips, SquareContourDepthFallsOffTowardsTheEdge) {
     const double pts[4][2] = {{16, 16}, {80, 16}, {80, 80}, {16, 80}};
     const double inward[4] = {M_PI / 2, M_PI, 3 * M_PI / 2, 0};  // y down
@@ -121,9 +117,8 @@ TEST(BevelStrips, SquareContourDepthFallsOffTowardsTheEdge) {
     EXPECT_EQ(results[0], results[1]);
 }
 
-// BevelVertexAt shades its quad flat with the intensity in effect before it
-// (here t2's, after a blended quad from t1 to t2); without "At" the quad
-// blends on towards t1's intensity.
+// BevelVertexAt shades its quad flat with the intensity before it (t2's,
+// after a quad blended from t1 to t2); without "At" it blends back to t1.
 TEST(BevelStrips, VertexAtShadesFlatWithPreviousIntensity) {
     const double t1 = kLight + M_PI / 2, t2 = kLight + M_PI / 6;  // 251 and 188
     for (const bool at : {true, false}) {
@@ -133,7 +128,6 @@ TEST(BevelStrips, VertexAtShadesFlatWithPreviousIntensity) {
         p.r->BevelVertexFar(40, 40, t2);
         at ? p.r->BevelVertexAtFar(72, 40, t1, 20.0) : p.r->BevelVertexFar(72, 40, t1);
         p.Resolve(true);
-        // Pixels 13..15 (row 12) read samples of the last quad only.
         for (int tx = 13; tx <= 15 && at; ++tx) EXPECT_EQ(p.Light(tx, 12), ExpectedIntensity(t2)) << tx;
         EXPECT_EQ(p.Light(15, 12) > ExpectedIntensity(t2), !at);
         EXPECT_LT(p.Light(15, 12), ExpectedIntensity(t1));
