@@ -64,7 +64,7 @@ TEST(BandPasses, EmptyPassWritesDefaultsInsideTheRingOnly) {
     std::vector<uint16_t> coverage(kW * kH / 4);
     auto r = ScreenSpaceRasterizer(coverage.data(), kW, kH);
     std::vector<uint8_t> shaded(2 * kTx * kTy, 0xEE), depth(kTx * kTy, 0xEE), sweep(kTx * kTy, 0xEE);
-    r->ShadedBandPass(shaded.data(), 4, 0, 0);
+    r->ShadedBandPass(shaded.data(), 4, 0, 0);  // the duplicate slots resolve
     EXPECT_EQ(r->ShadedBandPass2(nullptr, 0, 0, 0), 0u);
     r->DepthBandPass2(depth.data(), 4, 0);
     EXPECT_EQ(r->DepthBandPass(nullptr, 0, 0), 0u);

@@ -56,24 +56,6 @@ TEST(CoverageSpans, AllSpansAgreeBetweenWritersAndTheDefinition) {
     }
 }
 
-TEST(CoverageSpans, ByteTableWordsAgreeWithNibbleWriter) {
-    std::mt19937 rng(55);
-    for (int n = 0; n < 40; ++n) {
-        uint8_t map[16];
-        for (uint8_t& v : map) v = static_cast<uint8_t>(rng() % 16);
-        const tr::NibbleTables tables = TablesOf(map);
-        tr::ByteMapTable bytes;
-        tr::BuildByteMapTable(map, bytes);
-        for (int x0 = 0; x0 < kCols; ++x0)
-            for (int x1 = x0; x1 <= kCols; ++x1) {
-                std::vector<uint16_t> a = RandomWords(rng), b = a;
-                tr::FillSpanGeneralWords(a.data(), x0, x1, bytes);
-                tr::FillSpanGeneral(b.data(), x0, x1, tables);
-                ASSERT_EQ(a, b) << "map " << n << " [" << x0 << ", " << x1 << ")";
-            }
-    }
-}
-
 // Whole maps with guards and random contents, triangles inside, across and
 // far outside the map: the prepared kernel equals the reference kernel;
 // for a constant map k the word-store and plain constant kernels and the

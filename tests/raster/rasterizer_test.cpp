@@ -166,8 +166,7 @@ struct Pair {
         const double rotation[16] = {c, s, 0, 0, -s, c, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
         const double tx = w * (0.2 + 0.6 * u(rng)), ty = h * (0.2 + 0.6 * u(rng));
         const bool taper = rng() % 3 == 0;
-        const float taperH = static_cast<float>(u(rng) * 60 - 30);
-        const float taperV = static_cast<float>(u(rng) * 60 - 30);
+        const float taperH = float(u(rng) * 60 - 30), taperV = float(u(rng) * 60 - 30);
         uint8_t nibbles[16];
         RandomMap(rng, nibbles);
         GuardedMap contents(w, h);
@@ -183,11 +182,6 @@ struct Pair {
             r->UsePlainKernels(r == &rp);
             r->SetNibbleMap(nibbles);
         }
-    }
-    template <class Call>
-    void Both(Call call) {
-        call(rf);
-        call(rp);
     }
     // Constant, identity but one, or random.
     static void RandomMap(std::mt19937& rng, uint8_t (&map)[16]) {
@@ -250,15 +244,15 @@ TEST(PreparedPath, RandomMeshesMatchPlainPath) {
         }
         const auto count = static_cast<uint32_t>(idx.size());
         const double dx = rng() % 2 ? 0.0 : Coordinate(rng, 9), dy = Coordinate(rng, 9);
-        p.Both([&](CRasterizer_& r) {
-            r.VertexPointer(2, 0, stride * 8, a.data());
-            r.DrawIndexed(4, count, 0, idx.data());
-            r.DrawIndexedOffset(4, count, 0, idx.data(), dx, dy);
-            r.VertexPointer(2, 0, stride * 8, b.data());
-            r.DrawIndexed(4, count, 0, idx.data());
-            r.Translate(1.25, -0.5, 0);
-            r.DrawIndexed(4, count, 0, idx.data());
-        });
+        for (CRasterizer_* r : {&p.rf, &p.rp}) {
+            r->VertexPointer(2, 0, stride * 8, a.data());
+            r->DrawIndexed(4, count, 0, idx.data());
+            r->DrawIndexedOffset(4, count, 0, idx.data(), dx, dy);
+            r->VertexPointer(2, 0, stride * 8, b.data());
+            r->DrawIndexed(4, count, 0, idx.data());
+            r->Translate(1.25, -0.5, 0);
+            r->DrawIndexed(4, count, 0, idx.data());
+        }
         ASSERT_TRUE(p.fast.SameAs(p.plain) && p.fast.GuardsIntact()) << "case seed " << seed;
     }
 }
@@ -285,20 +279,15 @@ TEST(PreparedPath, RandomStripsMatchPlainPath) {
                 if (i > 0 && what[i] < 4) pts[i][0] = pts[i - 1][0], pts[i][1] = pts[i - 1][1];  // fan
                 if (what[i] == 4) pts[i][2] = pts[i][0], pts[i][3] = pts[i][1];  // a == b
             }
-            p.Both([&](CRasterizer_& r) {
-                r.Begin();
+            for (CRasterizer_* r : {&p.rf, &p.rp}) {
+                r->Begin();
                 for (int i = 0; i < pairs; ++i) {
-                    if (what[i] == 5) r.SetNibbleMap(second);
-                    if (what[i] == 7) r.SetTaper(taperH, -taperH);
-                    if (what[i] == 6) {
-                        r.BandVertex(pts[i][0], pts[i][1]);
-                    } else {
-                        r.Vertex2dv(pts[i].data());
-                    }
-                    r.Vertex2d(pts[i][2], pts[i][3]);
+                    if (what[i] == 5) r->SetNibbleMap(second);
+                    if (what[i] == 7) r->SetTaper(taperH, -taperH);
+                    what[i] == 6 ? r->BandVertex(pts[i][0], pts[i][1]) : r->Vertex2dv(pts[i].data());
+                    r->Vertex2d(pts[i][2], pts[i][3]);
                 }
-                r.End();
-            });
+            }
         }
         ASSERT_TRUE(p.fast.SameAs(p.plain) && p.fast.GuardsIntact()) << "case seed " << seed;
     }
