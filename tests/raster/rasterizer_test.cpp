@@ -39,17 +39,6 @@ TEST(Rasterizer, InitClearsExactlyTheMapAndReturnsModelView) {
     EXPECT_EQ(mv[12], 5.0);
 }
 
-// A small triangle around the centre of sub-sample (5, 6) only: word
-// (6/4)*8 + 4*(5/4) + 6%4 = 14, nibble 1 (bits 8-11).
-TEST(Rasterizer, SubSampleFiveSixLivesInWordFourteenBitsEightToEleven) {
-    GuardedMap map(8, 8);
-    auto r = ScreenSpaceRasterizer(map.Words(), 8, 8);
-    trtest::SetConstantMap(*r, 9);
-    const double v[3][2] = {{5.25, 6.25}, {5.875, 6.25}, {5.25, 6.875}};
-    DrawArray(*r, v, 3);
-    for (int i = 0; i < 16; ++i) EXPECT_EQ(map.Words()[i], i == 14 ? 0x0900 : 0) << "word " << i;
-}
-
 // One entry off a constant map selects the general kernel: sub-samples
 // holding 5 become 7, other covered ones 3. Init selects the general
 // kernel and keeps the map: the same after Init, on both paths.
