@@ -1,5 +1,5 @@
 // Band passes end to end: banded drawing of a large map equals the whole
-// map in one buffer; empty pixels and the outer ring; the sweep pass.
+// map in one buffer; the sweep pass.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -57,27 +57,6 @@ TEST(BandPasses, BandedDepthPassEqualsWholeMapResolve) {
     tr::ResolveDepthBand(depth.data(), kW, 0, kTiles, true, want.data());
     EXPECT_TRUE(out == want);
     EXPECT_GT(std::count_if(want.begin(), want.end(), [](uint8_t v) { return v != 10 && v != 0xEE; }), 10000);
-}
-
-TEST(BandPasses, EmptyPassWritesDefaultsInsideTheRingOnly) {
-    constexpr int32_t kW = 64, kH = 48, kTx = kW / 4, kTy = kH / 4;
-    std::vector<uint16_t> coverage(kW * kH / 4);
-    auto r = ScreenSpaceRasterizer(coverage.data(), kW, kH);
-    std::vector<uint8_t> shaded(2 * kTx * kTy, 0xEE), depth(kTx * kTy, 0xEE), sweep(kTx * kTy, 0xEE);
-    r->ShadedBandPass(shaded.data(), 4, 0, 0);  // the duplicate slots resolve
-    EXPECT_EQ(r->ShadedBandPass2(nullptr, 0, 0, 0), 0u);
-    r->DepthBandPass2(depth.data(), 4, 0);
-    EXPECT_EQ(r->DepthBandPass(nullptr, 0, 0), 0u);
-    r->SweepPass(sweep.data(), 3, 4);
-    r->SweepPass(nullptr, 0, 0);
-    for (int ty = 0; ty < kTy; ++ty)
-        for (int tx = 0; tx < kTx; ++tx) {
-            const bool ring = tx == 0 || ty == 0 || tx == kTx - 1 || ty == kTy - 1;
-            const size_t o = ty * kTx + tx;
-            EXPECT_TRUE(depth[o] == (ring ? 0xEE : 10) && sweep[o] == (ring ? 0xEE : 10) &&
-                        shaded[2 * o] == (ring ? 0xEE : 128) && shaded[2 * o + 1] == (ring ? 0xEE : 10))
-                << tx << ", " << ty;
-        }
 }
 
 // A sweep strip from a horizontal contour at y = 24 down by 40: depth falls

@@ -31,8 +31,8 @@ struct Pass {
             EXPECT_EQ(r->DepthBandPass(out.data(), 16.0, 0), 0u);
         }
     }
-    void Resolve(bool shaded) {
-        EXPECT_EQ(shaded ? r->ShadedBandPass(nullptr, 0, 0, 0) : r->DepthBandPass(nullptr, 0, 0), 0u);
+    void Resolve(bool shaded) {  // through the duplicate slots
+        EXPECT_EQ(shaded ? r->ShadedBandPass2(nullptr, 0, 0, 0) : r->DepthBandPass2(nullptr, 0, 0), 0u);
     }
     uint8_t Light(int tx, int ty) const { return out[2 * (ty * kTiles + tx)]; }
     uint8_t Depth(int tx, int ty) const { return out[ty * kTiles + tx]; }

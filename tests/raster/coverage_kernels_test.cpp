@@ -1,7 +1,6 @@
 // Span writers and coverage kernels: word-store writers against their
 // one-nibble twins and the layout definition, constant against general
-// kernels, prepared against reference kernels, and a map that rewrites
-// one applicator number against the fill-rule oracle.
+// kernels, prepared against reference kernels.
 #include "raster/coverage_kernels.h"
 
 #include <gtest/gtest.h>
@@ -87,35 +86,6 @@ TEST(CoverageKernels, PreparedConstantPlainAndGeneralKernelsAgree) {
         DrawKernel(plain, tr::ConstantCoverageKernelPlain(k), xs, ys);
         DrawKernel(words, tr::ConstantCoverageKernel(k), xs, ys);
         ASSERT_TRUE(plain.SameAs(general) && words.SameAs(general)) << "k " << int(k) << " " << TriangleText(xs, ys);
-    }
-}
-
-// A map that is the identity except map[from] = to changes exactly the
-// covered sub-samples that held `from`.
-TEST(CoverageKernels, IdentityExceptOneChangesOnlyMatchingSubSamples) {
-    std::mt19937 rng(12);
-    std::uniform_real_distribution<float> c(0.0f, 64.0f);
-    for (int n = 0; n < 500; ++n) {
-        const uint8_t from = static_cast<uint8_t>(rng() % 16);
-        const uint8_t to = static_cast<uint8_t>((from + 1 + rng() % 15) % 16);
-        uint8_t map[16];
-        for (int v = 0; v < 16; ++v) map[v] = static_cast<uint8_t>(v);
-        map[from] = to;
-        const tr::NibbleTables tables = TablesOf(map);
-        const float xs[3] = {c(rng), c(rng), c(rng)}, ys[3] = {c(rng), c(rng), c(rng)};
-        GuardedMap before(64, 64);
-        for (int32_t y = 0; y < 64; ++y)  // `from` made common
-            for (int32_t x = 0; x < 64; ++x) before.Set(x, y, rng() % 3 == 0 ? from : rng() % 16);
-        GuardedMap after = before;
-        DrawKernel(after, tr::GeneralCoverageKernel(), xs, ys, &tables);
-        const trtest::FillRuleOracle oracle(xs, ys);
-        for (int32_t y = 0; y < 64; ++y)
-            for (int32_t x = 0; x < 64; ++x) {
-                const uint32_t old = before.At(x, y);
-                ASSERT_EQ(after.At(x, y), oracle.Covers(x, y) && old == from ? to : old)
-                    << x << ", " << y << " " << TriangleText(xs, ys);
-            }
-        ASSERT_TRUE(after.GuardsIntact());
     }
 }
 
