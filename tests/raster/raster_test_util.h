@@ -109,8 +109,7 @@ private:
 
 inline std::string TriangleText(const float* xs, const float* ys) {
     char buf[256];
-    std::snprintf(buf, sizeof buf, "(%.9g, %.9g) (%.9g, %.9g) (%.9g, %.9g)", xs[0], ys[0], xs[1],
-                  ys[1], xs[2], ys[2]);
+    std::snprintf(buf, sizeof buf, "(%.9g %.9g) (%.9g %.9g) (%.9g %.9g)", xs[0], ys[0], xs[1], ys[1], xs[2], ys[2]);
     return buf;
 }
 
@@ -144,10 +143,7 @@ void WalkReference(const GuardedMap& m, const float* xs, const float* ys, Span s
 struct Mesh {
     std::vector<float> x, y;
     std::vector<uint32_t> triangles;  // three vertex numbers each
-    void Add(double x0, double y0) {
-        x.push_back(static_cast<float>(x0));
-        y.push_back(static_cast<float>(y0));
-    }
+    void Add(double x0, double y0) { x.push_back(float(x0)), y.push_back(float(y0)); }
     void Triangle(size_t t, float* xs, float* ys) const {
         for (int k = 0; k < 3; ++k) xs[k] = x[triangles[3 * t + k]], ys[k] = y[triangles[3 * t + k]];
     }
@@ -164,10 +160,8 @@ inline Mesh JitteredGrid(std::mt19937& rng, int cols, int rows, float x0, float 
     for (uint32_t r = 0; r < uint32_t(rows); ++r)
         for (uint32_t c = 0; c < uint32_t(cols); ++c) {
             const uint32_t a = r * (cols + 1) + c, b = a + 1, d = a + cols + 1, e = d + 1;
-            if (rng() % 2)
-                mesh.triangles.insert(mesh.triangles.end(), {a, b, e, a, e, d});
-            else
-                mesh.triangles.insert(mesh.triangles.end(), {a, b, d, b, e, d});
+            const bool diagonal = rng() % 2;
+            mesh.triangles.insert(mesh.triangles.end(), {a, b, diagonal ? e : d, diagonal ? a : b, e, d});
         }
     return mesh;
 }
@@ -177,9 +171,8 @@ struct RasterizerDeleter {
 };
 using RasterizerPtr = std::unique_ptr<CRasterizer, RasterizerDeleter>;
 
-// Viewport (0, 0, 2, 2) gives scale 1 and offset 1; the projection's
-// translation by -1 cancels the offset, so dyadic object coordinates reach
-// the screen unchanged.
+// Viewport (0, 0, 2, 2): scale 1 and offset 1, which the projection's
+// translation by -1 cancels, so object coordinates reach the screen as is.
 inline void UseScreenSpace(CRasterizer& r) {
     r.Viewport(0, 0, 2, 2);
     r.MatrixMode(kGlProjection);
