@@ -75,7 +75,7 @@ TEST(TitleRenderer, FaceOutlinesAndShadowsLandAroundTheStem) {
             EXPECT_EQ(canvas.At(x, y), Hex(p.expected)) << x << "," << y;
         }
         const double ring = std::string(c.side) == "out" ? c.width : 0;
-        EXPECT_EQ(canvas.Stray(b, 3 + c.distance + ring, 0u), "");
+        EXPECT_EQ(canvas.Stray(b, 3 + c.distance + ring, 0u), 0);
     }
     DestroyCharacterCaches();
 }
