@@ -23,9 +23,8 @@ using titleprobe::Hex;
 const fs::path kDir = TR_CLI_TEST_DIR;
 
 std::string Quote(const fs::path& path) {
-    const std::string s = path.string();
     std::string q = "'";
-    for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    for (char c : path.string()) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
     return q + "'";
 }
 
