@@ -81,11 +81,12 @@ TEST(CoverageKernels, PreparedConstantPlainAndGeneralKernelsAgree) {
                tr::PrepareVertex(xs[0], ys[0]), tr::PrepareVertex(xs[1], ys[1]),
                tr::PrepareVertex(xs[2], ys[2]));
         DrawKernel(general, tr::GeneralCoverageKernel(), xs, ys, &tables);
-        ASSERT_TRUE(prepared.SameAs(general)) << (constant ? "constant " : "general ") << TriangleText(xs, ys);
+        ASSERT_TRUE(prepared.SameAs(general)) << "k " << int(k) << " " << TriangleText(xs, ys);
         if (!constant) continue;
         DrawKernel(plain, tr::ConstantCoverageKernelPlain(k), xs, ys);
         DrawKernel(words, tr::ConstantCoverageKernel(k), xs, ys);
-        ASSERT_TRUE(plain.SameAs(general) && words.SameAs(general)) << "k " << int(k) << " " << TriangleText(xs, ys);
+        ASSERT_TRUE(plain.SameAs(general) && words.SameAs(general))
+            << "k " << int(k) << " " << TriangleText(xs, ys);
     }
 }
 

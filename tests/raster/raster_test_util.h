@@ -109,7 +109,8 @@ private:
 
 inline std::string TriangleText(const float* xs, const float* ys) {
     char buf[256];
-    std::snprintf(buf, sizeof buf, "(%.9g %.9g) (%.9g %.9g) (%.9g %.9g)", xs[0], ys[0], xs[1], ys[1], xs[2], ys[2]);
+    std::snprintf(buf, sizeof buf, "(%.9g %.9g) (%.9g %.9g) (%.9g %.9g)", xs[0], ys[0], xs[1],
+                  ys[1], xs[2], ys[2]);
     return buf;
 }
 
@@ -161,7 +162,8 @@ inline Mesh JitteredGrid(std::mt19937& rng, int cols, int rows, float x0, float 
         for (uint32_t c = 0; c < uint32_t(cols); ++c) {
             const uint32_t a = r * (cols + 1) + c, b = a + 1, d = a + cols + 1, e = d + 1;
             const bool diagonal = rng() % 2;
-            mesh.triangles.insert(mesh.triangles.end(), {a, b, diagonal ? e : d, diagonal ? a : b, e, d});
+            mesh.triangles.insert(mesh.triangles.end(),
+                                  {a, b, diagonal ? e : d, diagonal ? a : b, e, d});
         }
     return mesh;
 }

@@ -65,7 +65,8 @@ TEST(TransformStack, ProjectAgreesWithGluAndLeavesOutputsWhenWIsZero) {
             continue;
         }
         const double tol = 1e-9 * (1 + std::fabs(gx) + std::fabs(gy) + std::fabs(gz));
-        ASSERT_TRUE(std::fabs(ox - gx) < tol && std::fabs(oy - gy) < tol && std::fabs(oz - gz) < tol) << n;
+        ASSERT_TRUE(std::fabs(ox - gx) < tol && std::fabs(oy - gy) < tol &&
+                    std::fabs(oz - gz) < tol) << n;
     }
     // Any mode but GL_MODELVIEW selects the projection; a null model-view
     // projects with the own matrices and viewport (0, 0, 2, 2).

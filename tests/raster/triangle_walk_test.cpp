@@ -60,7 +60,8 @@ TEST(FillRule, RandomTrianglesMatchOracleSubSampleBySubSample) {
         for (int32_t r = 0; r < kH; ++r)
             for (int32_t p = 0; p < kW; ++p) {
                 const uint32_t v = m.At(p, r);
-                ASSERT_EQ(v, oracle.Covers(p, r) ? 1u : 0u) << p << ", " << r << " " << TriangleText(xs, ys);
+                ASSERT_EQ(v, oracle.Covers(p, r) ? 1u : 0u)
+                    << p << ", " << r << " " << TriangleText(xs, ys);
                 const double in = InsideBy(xs, ys, p + 0.5, r + 0.5);
                 ASSERT_TRUE(in > 0.1 ? v == 1 : in < -0.1 ? v == 0 : true) << p << ", " << r;
             }

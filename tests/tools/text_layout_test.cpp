@@ -71,7 +71,8 @@ TEST(LayOutLine, PensAddUpAdvancesAndKerning) {
         ASSERT_TRUE(tr::cli::LayOutLine(kFont, c.size, c.x, codes, pens)) << c.text;
         const std::vector<double> expected = DesignPens(codes, c.size, c.x);
         ASSERT_EQ(pens.size(), expected.size()) << c.text;
-        for (std::size_t i = 0; i < pens.size(); ++i) EXPECT_NEAR(pens[i], expected[i], i / 64.0) << c.text;
+        for (std::size_t i = 0; i < pens.size(); ++i)
+            EXPECT_NEAR(pens[i], expected[i], i / 64.0) << c.text;
     }
     std::vector<double> pens;
     EXPECT_FALSE(tr::cli::LayOutLine("/nonexistent/font.ttf", 64, 0, {'A'}, pens));
