@@ -72,21 +72,27 @@ TEST(Rasterizer, OneChangedEntrySelectsGeneralKernelAndInitKeepsIt) {
 }
 
 // 24-byte points (x, y, direction): count 7 draws two triangles, count 9
-// offset by (dx, dy) equals three triangles of displaced vertices.
+// offset by (dx, dy) equals three triangles of displaced vertices; both paths.
 TEST(Rasterizer, IndexedDrawsWithStrideIncompleteTriangleAndOffset) {
     const double pts[9][3] = {{2, 2, 9},   {12, 2, 9},  {2, 12, 9}, {20, 2, 9}, {30, 2.5, 9},
                               {20, 12, 9}, {2, 20, 9}, {12, 20, 9}, {2, 30, 9}};
     double moved[9][2];
     for (int i = 0; i < 9; ++i) moved[i][0] = pts[i][0] + 0.25, moved[i][1] = pts[i][1] - 1.5;
-    GuardedMap a(32, 32), b(32, 32);
-    auto ra = ScreenSpaceRasterizer(a.Words(), 32, 32);
-    auto rb = ScreenSpaceRasterizer(b.Words(), 32, 32);
-    for (CRasterizer* r : {ra.get(), rb.get()}) trtest::SetConstantMap(*r, 1);
-    DrawArray(*ra, pts, 7, 24);
-    ra->DrawIndexedOffset(4, 9, 0, kIdx, 0.25, -1.5);
-    DrawArray(*rb, pts, 6, 24);
-    DrawArray(*rb, moved, 9);
-    EXPECT_TRUE(a.SameAs(b) && a.Count(1) > 160);
+    for (const bool plain : {false, true}) {
+        GuardedMap a(32, 32), b(32, 32);
+        CRasterizer_ ra, rb;
+        for (auto [r, m] : {std::pair{&ra, &a}, std::pair{&rb, &b}}) {
+            r->Init(m->Words(), 0, 32, 32, 0);
+            trtest::UseScreenSpace(*r);
+            r->UsePlainKernels(plain);
+            trtest::SetConstantMap(*r, 1);
+        }
+        DrawArray(ra, pts, 7, 24);
+        ra.DrawIndexedOffset(4, 9, 0, kIdx, 0.25, -1.5);
+        DrawArray(rb, pts, 6, 24);
+        DrawArray(rb, moved, 9);
+        EXPECT_TRUE(a.SameAs(b) && a.Count(1) > 160) << plain;
+    }
 }
 
 // Drawing reads only MV[0, 1, 4, 5, 12, 13] and P[0, 5, 12, 13].
