@@ -1,7 +1,5 @@
-// The prepared set-up and walk against the reference walk, on random
-// triangles of every size class and maps of several sizes, with every
-// covered sub-sample counted so that a double or missing write shows; and
-// the edge positions against exact integer arithmetic across the safe range.
+// The prepared set-up and walk against the reference walk, every covered
+// sub-sample counted.
 #include "raster/prepared_triangle.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +7,6 @@
 #include <cmath>
 #include <limits>
 #include <random>
-#include <string>
 
 #include "raster_test_util.h"
 
@@ -35,15 +32,6 @@ struct CountingWords {
     }
 };
 
-void DrawReference(GuardedMap& m, const float* xs, const float* ys) {
-    auto span = [&](int32_t row, int32_t x0, int32_t x1) {
-        for (int32_t x = x0; x < x1; ++x) m.Set(x, row, (m.At(x, row) + 1) & 7);
-    };
-    auto onSetup = [&](const tr::TriangleSetup&, const tr::ScreenTriangle&) { return span; };
-    tr::RasterizeTriangle(tr::ScreenTriangle{{xs[0], xs[1], xs[2]}, {ys[0], ys[1], ys[2]}, {}},
-                          tr::WalkWindow{0, m.H(), m.W()}, onSetup);
-}
-
 // Returns false when a word outside the map was handed to the operation.
 bool DrawPrepared(GuardedMap& m, const float* xs, const float* ys) {
     bool stray = false;
@@ -53,10 +41,9 @@ bool DrawPrepared(GuardedMap& m, const float* xs, const float* ys) {
     return !stray;
 }
 
-// Shape 0 map-sized, 1 sliver (a long side and an apex just off it), 2
-// tiny, 3 on sub-sample centres and corners up to the borders, 4
-// straddling the borders, 5 a vertex around or past the walk's safe
-// range, 6 a vertex not finite.
+// Shape 0 map-sized, 1 sliver, 2 tiny, 3 on sub-sample centres and
+// corners, 4 across the borders, 5 a vertex around or past the walk's
+// safe range, 6 a vertex not finite.
 void MakeTriangle(std::mt19937& rng, int shape, int32_t w, int32_t h, float* xs, float* ys) {
     std::uniform_real_distribution<float> u(0.0f, 1.0f);
     const float cx = -8.0f + u(rng) * (w + 16.0f), cy = -8.0f + u(rng) * (h + 16.0f);
@@ -94,50 +81,15 @@ TEST(PreparedWalk, RandomTrianglesCountLikeTheReferenceWalk) {
         float xs[3], ys[3];
         MakeTriangle(rng, (n / 4) % 7, w, h, xs, ys);
         GuardedMap prepared(w, h);
-        for (size_t i = 0; i < prepared.Bytes() / 2; ++i)
-            prepared.Words()[i] = static_cast<uint16_t>(rng() & ~kHighBits);
+        prepared.Randomize(rng, static_cast<uint16_t>(~kHighBits));
         GuardedMap reference = prepared;
         const bool inside = DrawPrepared(prepared, xs, ys);
-        DrawReference(reference, xs, ys);
-        const std::string input = std::to_string(w) + "x" + std::to_string(h) + " " +
-                                  trtest::TriangleText(xs, ys);
-        ASSERT_TRUE(prepared.SameAs(reference)) << input;
-        ASSERT_TRUE(inside) << input;
+        trtest::WalkReference(reference, xs, ys, [&](int32_t row, int32_t x0, int32_t x1) {
+            for (int32_t x = x0; x < x1; ++x) reference.Set(x, row, (reference.At(x, row) + 1) & 7);
+        });
+        ASSERT_TRUE(prepared.SameAs(reference) && inside)
+            << w << "x" << h << " " << trtest::TriangleText(xs, ys);
     }
-}
-
-// Edge positions: x0 + (off * dx) / dy + k * ((dx * 2048) / dy) in exact
-// integers, for edges anywhere in the safe range and rows along them.
-TEST(PreparedWalk, EdgePositionsAreExactIntegerQuotients) {
-    std::mt19937 rng(4242);
-    std::uniform_real_distribution<float> anywhere(-1.6777216e7f, 1.6777216e7f), near(-300.0f, 300.0f);
-    for (int n = 0; n < 200000; ++n) {
-        auto& dist = n % 2 == 0 ? anywhere : near;
-        const float ax = dist(rng), ay = dist(rng), bx = dist(rng), by = dist(rng);
-        tr::PreparedVertex a = tr::PrepareVertex(ax, ay), b = tr::PrepareVertex(bx, by);
-        ASSERT_TRUE(a.walkable && b.walkable);
-        if (a.yFx > b.yFx) std::swap(a, b);
-        const int64_t first = tr::FxCeil(a.yFx), end = tr::FxCeil(b.yFx);
-        if (first >= end) continue;
-        const int64_t row = first + static_cast<int64_t>(rng() % static_cast<uint64_t>(end - first));
-        const tr::PreparedEdge e = tr::SetUpEdge(a, b, row);
-        const __int128 dx = b.xFx - a.xFx, dy = b.yFx - a.yFx;
-        const __int128 step = dx * 2048 / dy;
-        const __int128 want = a.xFx + (first * 2048 - a.yFx) * dx / dy + (row - first) * step;
-        ASSERT_EQ(static_cast<int64_t>(want), e.xFx) << ax << ", " << ay << " -> " << bx << ", " << by;
-        ASSERT_EQ(static_cast<int64_t>(step), e.stepFx);
-    }
-}
-
-TEST(PreparedWalk, VerticesBeyondTheSafeRangeOrNotFiniteAreNotWalkable) {
-    const float big = 16777216.0f, past = std::nextafter(big, 1e30f);
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    const float inf = std::numeric_limits<float>::infinity();
-    EXPECT_TRUE(tr::PrepareVertex(big, -big).walkable);
-    EXPECT_FALSE(tr::PrepareVertex(past, 0.0f).walkable);
-    EXPECT_FALSE(tr::PrepareVertex(0.0f, -past).walkable);
-    EXPECT_FALSE(tr::PrepareVertex(nan, 1.0f).walkable);
-    EXPECT_FALSE(tr::PrepareVertex(1.0f, -inf).walkable);
 }
 
 }  // namespace

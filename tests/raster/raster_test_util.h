@@ -1,18 +1,21 @@
 // tests/raster/raster_test_util.h — helpers shared by the raster tests: a
-// coverage map with guard words around it, sub-sample access written from
-// the layout definition, a brute-force oracle of the fill rule, and a
+// coverage map with guard words, sub-sample access written from the layout
+// definition, a brute-force oracle of the fill rule, jittered meshes, and a
 // rasterizer whose object coordinates are screen sub-samples.
 #pragma once
 
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "raster/coverage_kernels.h"
 #include "raster/rasterizer.h"
 
 namespace trtest {
@@ -31,6 +34,9 @@ public:
     size_t Bytes() const { return static_cast<size_t>(w_) * h_ / 2; }
     int32_t W() const { return w_; }
     int32_t H() const { return h_; }
+    void Randomize(std::mt19937& rng, uint16_t mask = 0xFFFF) {
+        for (size_t i = 0; i < Bytes() / 2; ++i) Words()[i] = static_cast<uint16_t>(rng() & mask);
+    }
     // Sub-sample (x, y): word (y/4)*W + 4*(x/4) + y%4, nibble x%4 from the top.
     uint32_t At(int32_t x, int32_t y) const { return (data_[Index(x, y)] >> Shift(x)) & 0xF; }
     void Set(int32_t x, int32_t y, uint32_t v) {
@@ -59,13 +65,13 @@ private:
     std::vector<uint16_t> data_;
 };
 
-// The fill rule evaluated per sub-sample in closed form. Fixed point with
-// 2048 units per sub-sample: X = trunc((x + 0.5) * 2048), Y = trunc((y -
-// 0.5) * 2048), so the centre of (p, r) is at ((p + 1) * 2048, r * 2048).
-// An edge walked down from (x0, y0) to (x1, y1) is at
-//   x0 + trunc((first * 2048 - y0) * dx / dy) + (r - first) * trunc(dx / dy * 2048)
-// on row r, first = ceil(y0 / 2048). The centre is covered when
-// Ytop <= Cy < Ybot and Xleft(r) <= Cx < Xright(r).
+// The fill rule per sub-sample in closed form, 2048 units per sub-sample:
+// X = trunc((x + 0.5) * 2048), Y = trunc((y - 0.5) * 2048), so the centre
+// of (p, r) is at ((p + 1) * 2048, r * 2048). An edge from (x0, y0) down
+// to (x1, y1) is on row r at
+//   x0 + trunc((first * 2048 - y0) * dx / dy) + (r - first) * trunc(dx / dy * 2048),
+// first = ceil(y0 / 2048); the centre is covered when Ytop <= Cy < Ybot
+// and Xleft(r) <= Cx < Xright(r).
 class FillRuleOracle {
 public:
     FillRuleOracle(const float* xs, const float* ys) {
@@ -103,9 +109,63 @@ private:
 
 inline std::string TriangleText(const float* xs, const float* ys) {
     char buf[256];
-    std::snprintf(buf, sizeof buf, "(%.9g, %.9g) (%.9g, %.9g) (%.9g, %.9g)", xs[0], ys[0], xs[1],
+    std::snprintf(buf, sizeof buf, "(%.9g %.9g) (%.9g %.9g) (%.9g %.9g)", xs[0], ys[0], xs[1],
                   ys[1], xs[2], ys[2]);
     return buf;
+}
+
+inline tr::NibbleTables TablesOf(const uint8_t* map) {
+    tr::NibbleTables t;
+    tr::BuildNibbleTables(map, t);
+    return t;
+}
+
+// map[v] = v + 1 (saturating): drawn with it, a sub-sample counts its covers.
+inline std::array<uint8_t, 16> CountingMap() {
+    std::array<uint8_t, 16> map;
+    for (int v = 0; v < 16; ++v) map[v] = static_cast<uint8_t>(v < 15 ? v + 1 : 15);
+    return map;
+}
+
+inline void DrawKernel(GuardedMap& m, tr::CoverageKernel kernel, const float* xs, const float* ys,
+                       const tr::NibbleTables* tables = nullptr) {
+    const tr::ScreenTriangle t{{xs[0], xs[1], xs[2]}, {ys[0], ys[1], ys[2]}, {}};
+    kernel(tr::CoverageTarget{m.Words(), m.W(), m.H(), tables, nullptr}, t);
+}
+
+// The reference walk of one triangle over the whole map, span(row, x0, x1).
+template <class Span>
+void WalkReference(const GuardedMap& m, const float* xs, const float* ys, Span span) {
+    auto onSetup = [&](const tr::TriangleSetup&, const tr::ScreenTriangle&) { return span; };
+    tr::RasterizeTriangle(tr::ScreenTriangle{{xs[0], xs[1], xs[2]}, {ys[0], ys[1], ys[2]}, {}},
+                          tr::WalkWindow{0, m.H(), m.W()}, onSetup);
+}
+
+struct Mesh {
+    std::vector<float> x, y;
+    std::vector<uint32_t> triangles;  // three vertex numbers each
+    void Add(double x0, double y0) { x.push_back(float(x0)), y.push_back(float(y0)); }
+    void Triangle(size_t t, float* xs, float* ys) const {
+        for (int k = 0; k < 3; ++k) xs[k] = x[triangles[3 * t + k]], ys[k] = y[triangles[3 * t + k]];
+    }
+};
+
+// cols x rows jittered cells, each cut along a random diagonal; neighbours
+// share their sides. Jitter below half a cell keeps every quad convex.
+inline Mesh JitteredGrid(std::mt19937& rng, int cols, int rows, float x0, float y0, float cell,
+                         float jitter) {
+    std::uniform_real_distribution<float> j(-jitter, jitter);
+    Mesh mesh;
+    for (int r = 0; r <= rows; ++r)
+        for (int c = 0; c <= cols; ++c) mesh.Add(x0 + c * cell + j(rng), y0 + r * cell + j(rng));
+    for (uint32_t r = 0; r < uint32_t(rows); ++r)
+        for (uint32_t c = 0; c < uint32_t(cols); ++c) {
+            const uint32_t a = r * (cols + 1) + c, b = a + 1, d = a + cols + 1, e = d + 1;
+            const bool diagonal = rng() % 2;
+            mesh.triangles.insert(mesh.triangles.end(),
+                                  {a, b, diagonal ? e : d, diagonal ? a : b, e, d});
+        }
+    return mesh;
 }
 
 struct RasterizerDeleter {
@@ -113,9 +173,8 @@ struct RasterizerDeleter {
 };
 using RasterizerPtr = std::unique_ptr<CRasterizer, RasterizerDeleter>;
 
-// Viewport (0, 0, 2, 2) gives scale 1 and offset 1; the projection's
-// translation by -1 cancels the offset, so dyadic object coordinates reach
-// the screen unchanged.
+// Viewport (0, 0, 2, 2): scale 1 and offset 1, which the projection's
+// translation by -1 cancels, so object coordinates reach the screen as is.
 inline void UseScreenSpace(CRasterizer& r) {
     r.Viewport(0, 0, 2, 2);
     r.MatrixMode(kGlProjection);

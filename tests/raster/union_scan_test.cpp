@@ -1,13 +1,10 @@
-// The union scan against the reference walk, triangle by triangle: meshes
-// whose triangles share edges (jittered grids with duplicated and
-// overlapping triangles, fans of slivers thinner than the walk's rounding),
-// draws longer than a chunk, and the cost estimate that decides between
-// scanning and walking.
+// The union scan against the reference walk, triangle by triangle, on
+// meshes sharing edges; the inverted-row count; the cost estimate that
+// decides between scanning and walking.
 #include "raster/union_scan.h"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <memory>
 #include <random>
 #include <vector>
@@ -17,36 +14,13 @@
 namespace {
 
 using trtest::GuardedMap;
+using trtest::Mesh;
 
 // Sets covered nibbles to 5.
 struct FiveWords {
     uint16_t Whole(uint16_t) const { return 0x5555; }
     uint16_t Part(uint16_t v, uint16_t m) const { return static_cast<uint16_t>((v & ~m) | (0x5555 & m)); }
 };
-
-struct Mesh {
-    std::vector<float> x, y;
-    std::vector<uint32_t> triangles;  // three vertex numbers each
-    void Add(double x0, double y0) {
-        x.push_back(static_cast<float>(x0));
-        y.push_back(static_cast<float>(y0));
-    }
-};
-
-void DrawReference(GuardedMap& m, const Mesh& mesh) {
-    auto span = [&](int32_t row, int32_t x0, int32_t x1) {
-        for (int32_t x = x0; x < x1; ++x) m.Set(x, row, 5);
-    };
-    auto onSetup = [&](const tr::TriangleSetup&, const tr::ScreenTriangle&) { return span; };
-    for (size_t t = 0; t < mesh.triangles.size(); t += 3) {
-        tr::ScreenTriangle tri{};
-        for (int k = 0; k < 3; ++k) {
-            tri.x[k] = mesh.x[mesh.triangles[t + k]];
-            tri.y[k] = mesh.y[mesh.triangles[t + k]];
-        }
-        tr::RasterizeTriangle(tri, tr::WalkWindow{0, m.H(), m.W()}, onSetup);
-    }
-}
 
 // The mesh through the union scan, chunk by chunk; returns the number of
 // chunks scanned (rather than rejected as too costly, unless forced).
@@ -73,69 +47,47 @@ int DrawUnion(GuardedMap& m, const Mesh& mesh, bool force) {
     return scanned;
 }
 
-// A jittered grid of cols x rows cells, two triangles per cell sharing
-// either diagonal, neighbours sharing the cell sides.
-Mesh Grid(std::mt19937& rng, int cols, int rows, float x0, float y0, float cell, float jitter) {
-    std::uniform_real_distribution<float> j(-jitter, jitter);
-    Mesh mesh;
-    for (int r = 0; r <= rows; ++r)
-        for (int c = 0; c <= cols; ++c) mesh.Add(x0 + c * cell + j(rng), y0 + r * cell + j(rng));
-    for (uint32_t r = 0; r < uint32_t(rows); ++r)
-        for (uint32_t c = 0; c < uint32_t(cols); ++c) {
-            const uint32_t a = r * (cols + 1) + c, b = a + 1, d = a + cols + 1, e = d + 1;
-            if (rng() % 2) {
-                mesh.triangles.insert(mesh.triangles.end(), {a, b, e, a, e, d});
-            } else {
-                mesh.triangles.insert(mesh.triangles.end(), {a, b, d, b, e, d});
-            }
-        }
-    return mesh;
-}
-
-void ExpectSameAsReference(const Mesh& mesh, int32_t w, int32_t h, const std::string& what) {
+void ExpectSameAsReference(const Mesh& mesh, int32_t w, int32_t h, int n) {
     GuardedMap scanned(w, h), reference(w, h);
     DrawUnion(scanned, mesh, true);
-    DrawReference(reference, mesh);
-    ASSERT_TRUE(scanned.SameAs(reference)) << what;
+    for (size_t t = 0; t < mesh.triangles.size() / 3; ++t) {
+        float xs[3], ys[3];
+        mesh.Triangle(t, xs, ys);
+        trtest::WalkReference(reference, xs, ys, [&](int32_t row, int32_t x0, int32_t x1) {
+            for (int32_t x = x0; x < x1; ++x) reference.Set(x, row, 5);
+        });
+    }
+    ASSERT_TRUE(scanned.SameAs(reference)) << "case " << n;
 }
 
-// Cells from a quarter sub-sample (near the area limit) to nine, some
-// grids over the borders, up to four chunks; some triangles drawn twice
-// (reversed) and some spanning several cells: the union is unchanged and
-// nothing cancels wrongly.
-TEST(UnionScan, JitteredGridsMatchTheReference) {
+// Cells from a quarter sub-sample to nine, some over the borders, up to
+// four chunks; in half the grids some triangles are drawn twice (reversed)
+// or span several cells. Tall grids start segments more than 2,048 rows
+// apart (a comparison sort rather than counting).
+TEST(UnionScan, GridsAndFansMatchTheReference) {
     std::mt19937 rng(11);
     std::uniform_real_distribution<float> u(0.0f, 1.0f);
     for (int n = 0; n < 600; ++n) {
         const int cols = 1 + static_cast<int>(rng() % 16), rows = 1 + static_cast<int>(rng() % 16);
         const float cell = n % 4 == 0 ? 0.25f + u(rng) * 0.3f : 0.7f + u(rng) * 9.0f;
-        Mesh mesh = Grid(rng, cols, rows, -10.0f + u(rng) * 40.0f, -10.0f + u(rng) * 40.0f, cell,
-                         cell * 0.45f);
+        Mesh mesh = trtest::JitteredGrid(rng, cols, rows, -10.0f + u(rng) * 40.0f,
+                                         -10.0f + u(rng) * 40.0f, cell, cell * 0.45f);
         const size_t base = n % 2 ? mesh.triangles.size() : 0;
         for (size_t t = 0; t < base; t += 3) {
             const uint32_t* tri = &mesh.triangles[t];
             if (rng() % 3 == 0) mesh.triangles.insert(mesh.triangles.end(), {tri[2], tri[1], tri[0]});
-            if (rng() % 5 == 0) {
-                const auto any = [&] { return static_cast<uint32_t>(rng() % mesh.x.size()); };
-                mesh.triangles.insert(mesh.triangles.end(), {any(), any(), any()});
-            }
+            const auto any = [&] { return static_cast<uint32_t>(rng() % mesh.x.size()); };
+            if (rng() % 5 == 0) mesh.triangles.insert(mesh.triangles.end(), {any(), any(), any()});
         }
-        ExpectSameAsReference(mesh, 64, 60, "grid " + std::to_string(n));
+        ExpectSameAsReference(mesh, 64, 60, n);
     }
-    // Chunks whose segments start more than 2,048 rows apart are ordered
-    // by a comparison sort rather than by counting.
-    for (int n = 0; n < 4; ++n) {
-        const Mesh mesh = Grid(rng, 2, 16, -20.0f, 3.0f, 150.0f + 10.0f * n, 40.0f);
-        ExpectSameAsReference(mesh, 64, 2600, "tall grid " + std::to_string(n));
-    }
-}
-
-// Fans of slivers from one apex to a dense, gently curved polyline, as the
-// tessellator fans out from a far contour point: near the apex the slivers
-// are thinner than the walk's rounding, so their edges cross.
-TEST(UnionScan, FansOfSliversMatchTheReference) {
-    std::mt19937 rng(21);
-    std::uniform_real_distribution<float> u(0.0f, 1.0f), j(-0.02f, 0.02f);
+    for (int n = 0; n < 4; ++n)
+        ExpectSameAsReference(trtest::JitteredGrid(rng, 2, 16, -20.0f, 3.0f, 150.0f + 10.0f * n, 40.0f),
+                              64, 2600, n);
+    // Fans of slivers from one apex to a dense, gently curved polyline, as
+    // the tessellator makes them: near the apex the slivers are thinner
+    // than the walk's rounding, so their edges cross.
+    std::uniform_real_distribution<float> j(-0.02f, 0.02f);
     for (int n = 0; n < 300; ++n) {
         const float bx = u(rng) * 64, by = 150 + u(rng) * 100;
         const float ex = bx + (u(rng) - 0.5f) * 30, ey = by + (u(rng) - 0.5f) * 30;
@@ -147,12 +99,12 @@ TEST(UnionScan, FansOfSliversMatchTheReference) {
             mesh.Add(bx + (ex - bx) * t + 3.0f * t * (1 - t) + j(rng), by + (ey - by) * t + j(rng));
             if (i > 0) mesh.triangles.insert(mesh.triangles.end(), {0, i, i + 1});
         }
-        ExpectSameAsReference(mesh, 64, 256, "fan " + std::to_string(n));
+        ExpectSameAsReference(mesh, 64, 256, n);
     }
 }
 
-// The rows where a part's left edge lies right of its right edge, against
-// a row-by-row count, for positive and negative slopes of every size.
+// Rows where a part's left edge lies right of its right edge, against a
+// row-by-row count, for slopes of every size and sign.
 TEST(UnionScan, InvertedRowsAreTheRowsWithPositiveDifference) {
     std::mt19937_64 rng(8);
     for (int n = 0; n < 200000; ++n) {
@@ -173,7 +125,7 @@ TEST(UnionScan, InvertedRowsAreTheRowsWithPositiveDifference) {
 // their own vertices each are not.
 TEST(UnionScan, ScanPaysOnlyWhenEdgesAreShared) {
     std::mt19937 rng(3);
-    const Mesh shared = Grid(rng, 8, 8, 2.0f, 2.0f, 7.0f, 1.0f);
+    const Mesh shared = trtest::JitteredGrid(rng, 8, 8, 2.0f, 2.0f, 7.0f, 1.0f);
     Mesh separate;
     for (uint32_t v : shared.triangles) {
         separate.triangles.push_back(static_cast<uint32_t>(separate.x.size()));

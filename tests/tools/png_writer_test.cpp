@@ -12,31 +12,27 @@
 namespace {
 
 // The PNG decoded by libpng into BGRA words (the bytes of a little-endian
-// word, straight alpha), or nothing.
-std::vector<uint32_t> Decode(const std::vector<uint8_t>& png, uint32_t& width, uint32_t& height) {
+// word, straight alpha) with its size in front, or nothing.
+std::vector<uint32_t> Decode(const std::vector<uint8_t>& png) {
     png_image info;
     std::memset(&info, 0, sizeof info);
     info.version = PNG_IMAGE_VERSION;
-    std::vector<uint32_t> bgra;
-    if (!png_image_begin_read_from_memory(&info, png.data(), png.size())) return bgra;
+    if (!png_image_begin_read_from_memory(&info, png.data(), png.size())) return {};
     info.format = PNG_FORMAT_BGRA;
-    width = info.width;
-    height = info.height;
-    bgra.resize(std::size_t{width} * height);
-    if (!png_image_finish_read(&info, nullptr, bgra.data(), 0, nullptr)) bgra.clear();
-    return bgra;
+    std::vector<uint32_t> out(2 + std::size_t{info.width} * info.height);
+    out[0] = info.width, out[1] = info.height;
+    if (!png_image_finish_read(&info, nullptr, out.data() + 2, 0, nullptr)) return {};
+    return out;
 }
 
 TEST(PngWriter, RoundTripsStraightAlphaThroughPaddedAndBottomUpStrides) {
     const int32_t w = 17, h = 16, pitch = 19;  // 272 pixels: every alpha value once
     std::vector<uint32_t> pixels(w * h), buffer(pitch * h, 0xDEADBEEFu), flipped;
-    for (std::size_t i = 0; i < pixels.size(); ++i) {  // colours that premultiplying would change
+    for (std::size_t i = 0; i < pixels.size(); ++i)  // colours that premultiplying would change
         pixels[i] = static_cast<uint32_t>(i * 0x01030507u) | static_cast<uint32_t>(i % 256) << 24;
-    }
     for (int32_t y = 0; y < h; ++y) std::memcpy(&buffer[y * pitch], &pixels[y * w], w * 4);
-    for (int32_t y = h - 1; y >= 0; --y) {
+    for (int32_t y = h - 1; y >= 0; --y)
         flipped.insert(flipped.end(), pixels.begin() + y * w, pixels.begin() + (y + 1) * w);
-    }
     const std::pair<ImageBlock, const std::vector<uint32_t>*> cases[] = {
         {{buffer.data(), w, h, pitch * 4 + 2}, &pixels},  // padded, not a pixel multiple
         {{buffer.data() + pitch * (h - 1), w, h, -pitch * 4}, &flipped}};  // bottom-up
@@ -44,10 +40,9 @@ TEST(PngWriter, RoundTripsStraightAlphaThroughPaddedAndBottomUpStrides) {
         std::vector<uint8_t> png;
         std::string error;
         ASSERT_TRUE(tr::EncodePng(block, png, error)) << error;
-        uint32_t width = 0, height = 0;
-        EXPECT_EQ(Decode(png, width, height), *expected);
-        EXPECT_EQ(width, 17u);
-        EXPECT_EQ(height, 16u);
+        std::vector<uint32_t> want = {17, 16};
+        want.insert(want.end(), expected->begin(), expected->end());
+        EXPECT_EQ(Decode(png), want);
     }
 }
 

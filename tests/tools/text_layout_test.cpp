@@ -1,5 +1,5 @@
-// Text layout: UTF-8 decoding against the encoding's definition, and pens
-// against advances and kerning taken from the font's design units.
+// Text layout: UTF-8 decoding against the encoding's definition; pens
+// against advances and kerning from the font's design units.
 #include "tools/cli/text_layout.h"
 
 #include <ft2build.h>
@@ -36,8 +36,8 @@ TEST(DecodeUtf8, FollowsTheEncodingAndReplacesEachBrokenSequence) {
     for (const auto& [bytes, codes] : cases) EXPECT_EQ(DecodeUtf8(bytes), codes) << bytes;
 }
 
-// Pens from design units: advance and kerning in font units times size per
-// em, independent of FreeType's scaled values that the layout reads.
+// Pens from advance and kerning in font units times size per em,
+// independent of the scaled values the layout reads.
 std::vector<double> DesignPens(const std::vector<uint32_t>& codes, double size, double x) {
     titleprobe::DesignFace f;
     std::vector<double> pens;
@@ -56,9 +56,10 @@ std::vector<double> DesignPens(const std::vector<uint32_t>& codes, double size, 
     return pens;
 }
 
+// "AV", "To" and "Yo" kern in DejaVu Sans; U+10FFFF has no glyph: the
+// missing-glyph advance and no kerning. Advances come in 1/65536 pixel and
+// kerning in 1/64, each rounded once per character.
 TEST(LayOutLine, PensAddUpAdvancesAndKerning) {
-    // "AV", "To" and "Yo" kern in DejaVu Sans; U+10FFFF has no glyph: the
-    // missing-glyph advance and no kerning.
     const struct {
         std::string text;
         double size, x;
@@ -70,11 +71,8 @@ TEST(LayOutLine, PensAddUpAdvancesAndKerning) {
         ASSERT_TRUE(tr::cli::LayOutLine(kFont, c.size, c.x, codes, pens)) << c.text;
         const std::vector<double> expected = DesignPens(codes, c.size, c.x);
         ASSERT_EQ(pens.size(), expected.size()) << c.text;
-        // Advances come in 1/65536 pixel and kerning in 1/64 pixel, each
-        // rounded once per character; the first pen stands where it is asked.
-        for (std::size_t i = 0; i < pens.size(); ++i) {
-            EXPECT_NEAR(pens[i], expected[i], i / 64.0) << c.text << " pen " << i;
-        }
+        for (std::size_t i = 0; i < pens.size(); ++i)
+            EXPECT_NEAR(pens[i], expected[i], i / 64.0) << c.text;
     }
     std::vector<double> pens;
     EXPECT_FALSE(tr::cli::LayOutLine("/nonexistent/font.ttf", 64, 0, {'A'}, pens));

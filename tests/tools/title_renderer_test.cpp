@@ -1,5 +1,5 @@
-// Drawing a title line, probed at places measured from the font's design
-// units: an "I", an outline's ring round it, its shadow, nothing farther out.
+// A title line probed where the font's design units put an "I", an
+// outline's ring round it and its shadow; nothing farther out.
 #include "tools/cli/title_renderer.h"
 
 #include <gtest/gtest.h>
@@ -49,13 +49,8 @@ TEST(TitleRenderer, FaceOutlinesAndShadowsLandAroundTheStem) {
          {{1, 18.5, 0, 0, 0}, {1, 13, 0, 0, kShadow}}},
     };
     tr::cli::TitleOptions o;
-    o.size = 160;
-    o.y = 150;
-    o.width = 260;
-    o.height = 211;
-    o.fill = kFill;
-    o.outlineColour = kOutline;
-    o.shadowColour = kShadow;
+    o.size = 160, o.y = 150, o.width = 260, o.height = 211;
+    o.fill = kFill, o.outlineColour = kOutline, o.shadowColour = kShadow;
     auto glyphs = tr::tools::GlyphSource::Open(o.font, 160, tr::tools::GlyphFormat::CurveRecords);
     ASSERT_NE(glyphs, nullptr);
     const titleprobe::GlyphBox b = titleprobe::MeasureGlyph('I', 160, 60, 150);
@@ -75,7 +70,7 @@ TEST(TitleRenderer, FaceOutlinesAndShadowsLandAroundTheStem) {
             EXPECT_EQ(canvas.At(x, y), Hex(p.expected)) << x << "," << y;
         }
         const double ring = std::string(c.side) == "out" ? c.width : 0;
-        EXPECT_EQ(canvas.Stray(b, 3 + c.distance + ring, 0u), "");
+        EXPECT_EQ(canvas.Stray(b, 3 + c.distance + ring, 0u), 0);
     }
     DestroyCharacterCaches();
 }

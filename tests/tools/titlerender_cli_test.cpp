@@ -1,5 +1,5 @@
-// The built titlerender binary, end to end: its PNG read back with libpng and
-// probed where the font's design units put an "I"; failures and exit codes.
+// The built titlerender binary end to end: its PNG read back with libpng and
+// probed where the font's design units put an "I"; failures, exit codes.
 #include <png.h>
 #include <sys/wait.h>
 
@@ -23,14 +23,13 @@ using titleprobe::Hex;
 const fs::path kDir = TR_CLI_TEST_DIR;
 
 std::string Quote(const fs::path& path) {
-    const std::string s = path.string();
     std::string q = "'";
-    for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    for (char c : path.string()) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
     return q + "'";
 }
 
 struct CliRun {
-    int status = -1;  // exit status, -1 when the program did not exit normally
+    int status = -1;  // -1 when the program did not exit normally
     std::string out, err;
 };
 
@@ -42,9 +41,7 @@ CliRun RunCli(const std::vector<std::string>& args, const std::string& shell = "
     command += " >" + Quote(kDir / "stdout.txt") + " 2>" + Quote(kDir / "stderr.txt");
     const int status = std::system(command.c_str());
     const auto slurp = [](const char* name) {
-        std::stringstream s;
-        s << std::ifstream(kDir / name).rdbuf();
-        return s.str();
+        return (std::stringstream() << std::ifstream(kDir / name).rdbuf()).str();
     };
     return {status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp("stdout.txt"),
             slurp("stderr.txt")};
@@ -65,18 +62,16 @@ TEST(TitlerenderCli, WritesThePngOfTheTitle) {
     info.version = PNG_IMAGE_VERSION;
     ASSERT_TRUE(png_image_begin_read_from_file(&info, png.c_str()));
     info.format = PNG_FORMAT_BGRA;  // the bytes of a little-endian BGRA word
-    titleprobe::Canvas canvas{static_cast<int>(info.width), static_cast<int>(info.height), {}};
-    canvas.pixels.resize(static_cast<std::size_t>(canvas.width) * canvas.height);
+    ASSERT_TRUE(info.width == 203 && info.height == 211);
+    titleprobe::Canvas canvas{203, 211, std::vector<uint32_t>(203 * 211)};
     ASSERT_TRUE(png_image_finish_read(&info, nullptr, canvas.pixels.data(), 0, nullptr));
-    ASSERT_EQ(canvas.width, 203);
-    ASSERT_EQ(canvas.height, 211);
-    // The stem of the "I" and the ring round it; the background everywhere else.
+    // The stem of the "I" and the ring round it; the background elsewhere.
     const titleprobe::GlyphBox b = titleprobe::MeasureGlyph('I', 160, 60, 150);
     const double middleY = (b.top + b.bottom) / 2;
     EXPECT_EQ(canvas.At((b.left + b.right) / 2, middleY), Hex(kFill));
     EXPECT_EQ(canvas.At(b.left - 2.5, middleY), Hex(kOutline));
     EXPECT_EQ(canvas.At(b.right + 2.5, middleY), Hex(kOutline));
-    EXPECT_EQ(canvas.Stray(b, 8, kBackground), "");
+    EXPECT_EQ(canvas.Stray(b, 8, kBackground), 0);
 }
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -108,21 +103,16 @@ TEST(TitlerenderCli, FailuresExplainThemselvesAndWriteNothing) {
     };
     const fs::path unwanted = kDir / "should_not_exist.png";
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.err);
         fs::remove(unwanted);
         std::vector<std::string> args = {"--text", "I", "--out", unwanted.string()};
         args.insert(args.end(), c.args.begin(), c.args.end());
         const CliRun run = RunCli(args, c.shell);
-        EXPECT_EQ(run.status, c.status);
         EXPECT_EQ(run.err.substr(0, run.err.find('\n')), c.err);
-        EXPECT_EQ(run.out, "");
-        EXPECT_FALSE(fs::exists(unwanted));
-        EXPECT_EQ(run.err.find("usage: titlerender") != std::string::npos, c.status == 2);
+        EXPECT_TRUE(run.status == c.status && run.out.empty() && !fs::exists(unwanted)) << c.err;
+        EXPECT_EQ(run.err.find("usage: titlerender") != std::string::npos, c.status == 2) << c.err;
     }
     const CliRun help = RunCli({"-h"});
-    EXPECT_EQ(help.status, 0);
-    EXPECT_EQ(help.out.rfind("usage: titlerender", 0), 0u);
-    EXPECT_EQ(help.err, "");
+    EXPECT_TRUE(help.status == 0 && help.out.rfind("usage: titlerender", 0) == 0 && help.err.empty());
 }
 
 }  // namespace
