@@ -169,15 +169,16 @@ inline void WalkPreparedRows(const PreparedEdge& longEdge, const PreparedEdge& u
 template <class WordOp>
 concept StoresPattern = requires { WordOp::kPattern; };
 
+// Narrower or flatter triangles (under two tile rows) have few whole tiles:
+// the row walk suits them.
+inline constexpr int64_t kTileRowMinWidthFx = int64_t{32} * kFxOne;
+
 // Rows [begin, end) as WalkPreparedRows draws them, a tile row (four rows)
 // at a time: the tiles every row covers are stored whole (a tile's four row
 // words are adjacent, and so are consecutive tiles), the tiles around them
 // get one masked 8-byte write each, the four rows' nibbles at once. Row
-// spans and values are those of the row walk; no data-dependent branch per
-// row.
-// Narrower or flatter triangles have few whole tiles: the row walk suits
-// them.
-inline constexpr int64_t kTileRowMinWidthFx = int64_t{32} * kFxOne;
+// spans and values are those of the row walk (the same edge stepping, kept
+// inline in both loops); no data-dependent branch per row.
 
 template <Columns kColumns, StoresPattern WordOp>
 inline void WalkPreparedTileRows(const PreparedEdge& longEdge, const PreparedEdge& upper,
@@ -247,6 +248,24 @@ inline void WalkPreparedTileRows(const PreparedEdge& longEdge, const PreparedEdg
     }
 }
 
+// The tile-row walk when asked for and the operation stores a pattern, the
+// row walk otherwise.
+template <Columns kColumns, class WordOp>
+inline void WalkPreparedSpans(const PreparedEdge& longEdge, const PreparedEdge& upper,
+                              const PreparedEdge& lower, bool longIsLeft, int64_t begin,
+                              int64_t split, int64_t end, uint16_t* words, int32_t width,
+                              bool tileRows, const WordOp& op) {
+    if constexpr (StoresPattern<WordOp>) {
+        if (tileRows) {
+            WalkPreparedTileRows<kColumns>(longEdge, upper, lower, longIsLeft, begin, split, end,
+                                           words, width, op);
+            return;
+        }
+    }
+    WalkPreparedRows<kColumns>(longEdge, upper, lower, longIsLeft, begin, split, end, words,
+                               width, op);
+}
+
 // Set-up and walk of one triangle whose vertices are all walkable, over
 // rows [w.rowBegin, w.rowEnd) of a map w.width sub-samples wide. Sort,
 // area test and row split follow SetUpTriangle and WalkTriangle.
@@ -275,24 +294,13 @@ inline void WalkPreparedTriangle(const PreparedVertex& v0, const PreparedVertex&
     const PreparedEdge lower = split < end ? SetUpEdge(mid, bot, split) : PreparedEdge{};
     const int64_t minX = std::min({v0.xFx, v1.xFx, v2.xFx});
     const int64_t maxX = std::max({v0.xFx, v1.xFx, v2.xFx});
-    if constexpr (StoresPattern<WordOp>) {
-        if (maxX - minX >= kTileRowMinWidthFx && end - begin >= 2 * kSubPerPx) {
-            if (minX >= 1 && FxFloor(maxX - 1) <= w.width - 1) {
-                WalkPreparedTileRows<Columns::kInside>(longEdge, upper, lower, longIsLeft, begin,
-                                                       split, end, words, w.width, op);
-            } else {
-                WalkPreparedTileRows<Columns::kClamp>(longEdge, upper, lower, longIsLeft, begin,
-                                                      split, end, words, w.width, op);
-            }
-            return;
-        }
-    }
+    const bool tileRows = maxX - minX >= kTileRowMinWidthFx && end - begin >= 2 * kSubPerPx;
     if (minX >= 1 && FxFloor(maxX - 1) <= w.width - 1) {
-        WalkPreparedRows<Columns::kInside>(longEdge, upper, lower, longIsLeft, begin, split, end,
-                                           words, w.width, op);
+        WalkPreparedSpans<Columns::kInside>(longEdge, upper, lower, longIsLeft, begin, split, end,
+                                            words, w.width, tileRows, op);
     } else {
-        WalkPreparedRows<Columns::kClamp>(longEdge, upper, lower, longIsLeft, begin, split, end,
-                                          words, w.width, op);
+        WalkPreparedSpans<Columns::kClamp>(longEdge, upper, lower, longIsLeft, begin, split, end,
+                                           words, w.width, tileRows, op);
     }
 }
 
