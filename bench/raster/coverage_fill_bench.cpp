@@ -225,6 +225,17 @@ void BM_Fill(benchmark::State& state, Size size, Kernel kernel) {
 // entry in). This separates what the kernels cost from what the walk does.
 enum class WalkKernel { kConstant, kGeneralWords, kGeneralPerSample };
 
+// fn(first vertex of the draw, the triangle's three indices) for every
+// triangle of the set, draw by draw.
+template <class Fn>
+void ForEachTriangle(const TriangleSet& s, Fn fn) {
+    for (const TriangleSet::Draw& d : s.draws) {
+        for (uint32_t i = 0; i + 3 <= d.count; i += 3) {
+            fn(d.firstVertex, s.indices.data() + d.firstIndex + i);
+        }
+    }
+}
+
 // The general kernel's definition as a word operation: each covered
 // sub-sample of the word is mapped on its own, in column order.
 struct PerSampleWords {
@@ -263,20 +274,17 @@ void BM_Walk(benchmark::State& state, Size size, WalkKernel kernel) {
     const tr::PreparedCoverageKernel general = tr::PreparedGeneralKernel();
     const PerSampleWords perSample{tables};
     auto run = [&] {
-        for (const TriangleSet::Draw& d : s.draws) {
-            const tr::PreparedVertex* v = vertices.data() + d.firstVertex;
-            const uint32_t* idx = s.indices.data() + d.firstIndex;
-            for (uint32_t i = 0; i + 3 <= d.count; i += 3) {
-                const tr::PreparedVertex &a = v[idx[i]], &b = v[idx[i + 1]], &c = v[idx[i + 2]];
-                switch (kernel) {
-                    case WalkKernel::kConstant: constant(target, a, b, c); break;
-                    case WalkKernel::kGeneralWords: general(target, a, b, c); break;
-                    case WalkKernel::kGeneralPerSample:
-                        tr::RasterizePrepared(a, b, c, map.data(), window, perSample);
-                        break;
-                }
+        ForEachTriangle(s, [&](uint32_t firstVertex, const uint32_t* tri) {
+            const tr::PreparedVertex* v = vertices.data() + firstVertex;
+            const tr::PreparedVertex &a = v[tri[0]], &b = v[tri[1]], &c = v[tri[2]];
+            switch (kernel) {
+                case WalkKernel::kConstant: constant(target, a, b, c); break;
+                case WalkKernel::kGeneralWords: general(target, a, b, c); break;
+                case WalkKernel::kGeneralPerSample:
+                    tr::RasterizePrepared(a, b, c, map.data(), window, perSample);
+                    break;
             }
-        }
+        });
     };
     // The word operation must be the definition: one pass over a cleared map
     // equals the reference general kernel's.
@@ -285,18 +293,15 @@ void BM_Walk(benchmark::State& state, Size size, WalkKernel kernel) {
         std::vector<uint16_t> reference(map.size());
         const tr::CoverageTarget referenceTarget{reference.data(), s.mapSide, s.mapSide, &tables,
                                                  nullptr};
-        for (const TriangleSet::Draw& d : s.draws) {
-            const double* xy = s.xy.data() + 2 * d.firstVertex;
-            const uint32_t* idx = s.indices.data() + d.firstIndex;
-            for (uint32_t i = 0; i + 3 <= d.count; i += 3) {
-                tr::ScreenTriangle t{};
-                for (int k = 0; k < 3; ++k) {
-                    t.x[k] = static_cast<float>(xy[2 * idx[i + k]]);
-                    t.y[k] = static_cast<float>(xy[2 * idx[i + k] + 1]);
-                }
-                tr::GeneralCoverageKernel()(referenceTarget, t);
+        ForEachTriangle(s, [&](uint32_t firstVertex, const uint32_t* tri) {
+            const double* xy = s.xy.data() + 2 * firstVertex;
+            tr::ScreenTriangle t{};
+            for (int k = 0; k < 3; ++k) {
+                t.x[k] = static_cast<float>(xy[2 * tri[k]]);
+                t.y[k] = static_cast<float>(xy[2 * tri[k] + 1]);
             }
-        }
+            tr::GeneralCoverageKernel()(referenceTarget, t);
+        });
         if (reference != map) {
             state.SkipWithError("per-sample words differ from the general kernel");
             return;
