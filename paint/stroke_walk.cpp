@@ -29,6 +29,13 @@
 // at the start, is kept for the last edge. The plain twin evaluates every
 // pair's offset on its own; both emit the same doubles, since the offset is
 // the same expression of the same angle either way.
+//
+// Edge directions: an outline block made by the outline builder already
+// holds them, each in the z of the edge's end point, computed as
+// atan2(b − a) plus 2π when negative. Wrapped once more (an angle that
+// rounded up to 2π becomes 0) that is exactly Direction(a, b), so the walk
+// reads it from there when the contour says it may, and saves the atan2 of
+// every edge.
 #include "paint/stroke_walk.h"
 
 #include <algorithm>
@@ -113,21 +120,30 @@ void WalkStrokePlain(ContourView c, double w, StrokeSide side, bool wide, Emit&&
     }
 }
 
+// Direction(p[i − 1], p[i]) (p[n − 1] before p[0]), read from the stored
+// direction when there is one.
+double ArrivingDirection(ContourView c, uint32_t i) {
+    constexpr uint32_t kMinStoredPoints = 3;  // shorter contours keep the parser's z
+    if (c.directionsStored && c.count >= kMinStoredPoints) return WrapAngle(c.points[i].z);
+    return Direction(c.points[i == 0 ? c.count - 1 : i - 1], c.points[i]);
+}
+
 // WalkStrokePlain with one evaluation of each edge's offset for both its
-// pairs, and the closing edge's direction computed once.
+// pairs, the closing edge's direction computed once, and stored directions
+// read.
 template <class Emit>
 void WalkStroke(ContourView c, double w, StrokeSide side, bool wide, Emit&& emit) {
     const uint32_t n = c.count;
     const CPoint3D* p = c.points;
     const double normal = side == StrokeSide::Right ? -kHalfPi : kHalfPi;
-    const double closing = Direction(p[n - 1], p[0]);
+    const double closing = ArrivingDirection(c, 0);
     double prev = closing == 0.0 ? kFirstDirectionFloor : closing;
     EmitOffset(emit, p[0], prev + normal, w);
     for (uint32_t i = 0; i < n; ++i) {
         const CPoint3D& a = p[i];
         const bool last = i + 1 == n;
         const CPoint3D& b = p[last ? 0 : i + 1];
-        const double theta = last ? closing : Direction(a, b);
+        const double theta = last ? closing : ArrivingDirection(c, i + 1);
         EmitJoin(emit, a, WrapAngle(theta - prev + kPi), prev + normal, w, side, wide);
         const double angle = theta + normal;
         const double dx = w * std::cos(angle), dy = w * std::sin(angle);

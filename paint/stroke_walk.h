@@ -16,10 +16,15 @@ class CRasterizer;
 namespace tr {
 
 // One closed contour of an outline block: count points, the last joined
-// back to the first.
+// back to the first. directionsStored: each point's z holds the direction
+// of the edge arriving at it, atan2 of the edge plus 2π when negative, as
+// the outline builder leaves every contour of three points or more; the
+// default stroke walk then reads the directions instead of recomputing
+// them (same doubles), the plain twin always recomputes.
 struct ContourView {
     const CPoint3D* points = nullptr;
     uint32_t count = 0;
+    bool directionsStored = false;
 };
 
 // Which side of the contour's direction a stroke lies on: right-hand

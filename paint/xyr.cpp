@@ -25,15 +25,16 @@ constexpr uint32_t kCoordinatesPerVertex = 2;
 
 // Calls draw(contour) for the outer contour of a group and then each hole.
 template <class Draw>
-void ForEachContour(const COutline& outline, uint32_t group, Draw&& draw) {
+void ForEachContour(const COutline& outline, uint32_t group, bool directionsStored, Draw&& draw) {
     namespace blk = tr::block;
     const uint8_t* record = outline.GetGroupRecord(group);
     draw(tr::ContourView{outline.GetOuterPoints(group),
-                         tr::ReadBlockU32(record, blk::kRecordOuterCount)});
+                         tr::ReadBlockU32(record, blk::kRecordOuterCount), directionsStored});
     const uint32_t holes = tr::ReadBlockU32(record, blk::kRecordHoleCount);
     for (uint32_t h = 0; h < holes; ++h) {
         draw(tr::ContourView{outline.GetHolePoints(group, h),
-                             tr::ReadBlockU32(record, blk::kRecordHoleBase + 8 * h)});
+                             tr::ReadBlockU32(record, blk::kRecordHoleBase + 8 * h),
+                             directionsStored});
     }
 }
 
@@ -73,7 +74,7 @@ void CXyR::DrawFragments(const FragmentOutlineSource& source,
         strokeWidth = fragment.widthPx;
         shadowOffsetX = fragment.shadowOffsetA;
         shadowOffsetY = fragment.shadowOffsetB;
-        DrawFragment(*source.outline, fragment);
+        DrawFragment(source, fragment);
     }
     rasterizer->Finish();
 }
@@ -95,8 +96,9 @@ void CXyR::DrawFaceTriangles(const COutline& outline) {
     }
 }
 
-void CXyR::DrawFragment(const COutline& outline, const CFragment& fragment) {
+void CXyR::DrawFragment(const FragmentOutlineSource& source, const CFragment& fragment) {
     using tr::StrokeSide;
+    const COutline& outline = *source.outline;
     CRasterizer& r = *rasterizer;
     const double w = strokeWidth;
     const double ox = shadowOffsetX;
@@ -104,7 +106,9 @@ void CXyR::DrawFragment(const COutline& outline, const CFragment& fragment) {
     const bool wide = wideOutlines != 0;
     auto forEach = [&](auto&& draw) {
         const uint32_t groups = outline.GetGroupCount();
-        for (uint32_t g = 0; g < groups; ++g) ForEachContour(outline, g, draw);
+        for (uint32_t g = 0; g < groups; ++g) {
+            ForEachContour(outline, g, source.edgeDirectionsStored, draw);
+        }
     };
     switch (static_cast<FragmentKind>(fragment.kind)) {
         case FragmentKind::OutlineIn:

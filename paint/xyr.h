@@ -24,6 +24,12 @@ struct FragmentOutlineSource {
     int32_t subWidth = 0;
     int32_t subHeight = 0;
     const COutline* outline = nullptr;
+    // True when every contour of at least three points carries, in each
+    // point's z, the direction of the edge that arrives at it, as the
+    // outline builder stores it (atan2 of the edge, plus 2π when negative).
+    // Strokes then read their edge directions instead of recomputing them.
+    // Outlines made by hand (tests) leave it false.
+    bool edgeDirectionsStored = false;
 };
 
 class CXyR {
@@ -63,7 +69,7 @@ private:
     // face's origin pixel, painter rectangle, quads and origin point in
     // coverage pixels (xyr_transform.cpp).
     void SetUpTransform(CFace& face, std::span<const CFragment> fragments);
-    void DrawFragment(const COutline& outline, const CFragment& fragment);
+    void DrawFragment(const FragmentOutlineSource& source, const CFragment& fragment);
     void DrawFaceTriangles(const COutline& outline);
 
     RasterizerFactory createRasterizer = &CreateRasterizerDefault;

@@ -93,7 +93,9 @@ bool WithinLimits(const CFace& face) {
 // quads.
 void DrawFragments(CharacterContext& context, uint16_t* coverage, const CFace& face,
                    const COutline2& outline) {
-    const FragmentOutlineSource source{coverage, face.subWidth, face.subHeight, &outline};
+    // The block comes from the outline builder (directly or through the
+    // caches), which stores every edge's direction in its end point.
+    const FragmentOutlineSource source{coverage, face.subWidth, face.subHeight, &outline, true};
     context.compositor.DrawFragments(source, context.fragments);
 }
 

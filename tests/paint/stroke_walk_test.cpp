@@ -13,6 +13,7 @@
 #include <random>
 
 #include "fragment_test_support.h"
+#include "outline/contour_cleanup.h"
 
 namespace tr {
 namespace {
@@ -186,7 +187,10 @@ bool WalksAgree(ContourView c, double w, double ox, double oy) {
 }
 
 // Jittered polygons of either orientation, with collinear runs, repeated
-// points, sharp spikes and closing edges along +x, and a few NaN widths.
+// points, sharp spikes, closing edges along +x and edges just below it
+// (their stored direction rounds up to 2π), and a few NaN widths; each
+// with hand-made z (the walk must recompute) and with the directions the
+// outline builder stores.
 TEST(StrokeWalkTwins, RandomContoursEmitTheSamePairs) {
     std::mt19937 rng(31337);
     std::uniform_real_distribution<double> u(-1.0, 1.0);
@@ -204,10 +208,20 @@ TEST(StrokeWalkTwins, RandomContoursEmitTheSamePairs) {
                 pts.back().x = 2 * pts[i - 1].x - pts[i - 2].x;
                 pts.back().y = 2 * pts[i - 1].y - pts[i - 2].y;
             }
+            if (what == 2 && i > 0) pts.back() = {pts[i - 1].x + 3, pts[i - 1].y - 1e-300, 0};
         }
         if (n % 7 == 0) pts.back().y = pts.front().y, pts.back().x = pts.front().x - 5;
+        if (n % 11 == 0) pts.back().y = pts.front().y + 1e-18, pts.back().x = pts.front().x - 5;
         const double w = n % 50 == 0 ? std::nan("") : 0.5 + 8 * (u(rng) + 1);
-        ASSERT_TRUE(WalksAgree(View(pts), w, 5 * u(rng), 5 * u(rng))) << "case " << n;
+        const double ox = 5 * u(rng), oy = 5 * u(rng);
+        ASSERT_TRUE(WalksAgree(View(pts), w, ox, oy)) << "case " << n;
+        Coutline contour;
+        contour.points.assign(pts.begin(), pts.end());
+        SetEdgeAngles(contour);
+        const std::vector<CPoint3D> stored(contour.points.begin(), contour.points.end());
+        ContourView view = View(stored);
+        view.directionsStored = true;
+        ASSERT_TRUE(WalksAgree(view, w, ox, oy)) << "case " << n << ", stored directions";
     }
 }
 

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <list>
 #include <memory>
@@ -256,6 +257,45 @@ TEST_F(DrawFragmentsReal, OutlineOutGrowsAwayFromTheFill) {
         EXPECT_EQ(map->At(25, 25), 3u);
         EXPECT_EQ(map->At(60, 78), 3u);  // inside the hole, within 8 of its edge
         EXPECT_EQ(map->At(78, 78), 0u);  // the hole's centre stays open
+    }
+}
+
+// A curved glyph as the curve builder makes it (an "O": two rings of
+// quadratic splines, a hundred short edges each, in every direction):
+// strokes and stroke shadows that read the directions the builder stored
+// send the rasterizer the same calls with the same doubles as strokes that
+// recompute every direction.
+TEST_F(DrawFragmentsReal, StoredEdgeDirectionsDrawTheSameStrokes) {
+    tr::test::CurveGlyph glyph;
+    for (const double r : {45.0, 25.0}) {
+        glyph.Polygon({50 + r, 50})
+            .Record(2, {{50 + r, 50 + r}, {50, 50 + r}, {50 - r, 50 + r}, {50 - r, 50},
+                        {50 - r, 50 - r}, {50, 50 - r}, {50 + r, 50 - r}, {50 + r, 50}});
+    }
+    const auto bytes = glyph.Data();
+    std::list<CContourGroup> groups;
+    tr::Dispatch(groups, 400, bytes.data(), bytes.size(), 0, 0);
+    ASSERT_EQ(groups.size(), 1u);
+    ASSERT_GE(groups.front().outer.points.size(), 100u);
+    for (const int32_t kind : {1, 2, 4, 5}) {
+        std::vector<trtest::Call> calls[2];
+        for (const bool stored : {false, true}) {
+            Prepare();
+            trtest::LoadGroups(outline, groups, 400);
+            source.edgeDirectionsStored = stored;
+            CXyR xyr(&CreateRecording, &ReleaseRecording);
+            const CFragment list[] = {Fragment(&face, kBehindMap, kind, 6, 7, -5)};
+            xyr.DrawFragments(source, list);
+            calls[stored] = gLast->calls;
+        }
+        ASSERT_GT(calls[0].size(), 400u) << "kind " << kind;
+        ASSERT_EQ(calls[0].size(), calls[1].size()) << "kind " << kind;
+        for (size_t i = 0; i < calls[0].size(); ++i) {
+            const auto &a = calls[0][i].args, &b = calls[1][i].args;
+            ASSERT_TRUE(a.size() == b.size() &&
+                        (a.empty() || std::memcmp(a.data(), b.data(), a.size() * 8) == 0))
+                << "kind " << kind << ", call " << i << " " << calls[0][i].name;
+        }
     }
 }
 
