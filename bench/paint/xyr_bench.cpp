@@ -10,6 +10,10 @@
 // by the outline builder, each with a 3-px outer outline and then its face,
 // either with constant maps (every covered sub-sample set, as a flat title
 // does) or with maps that only fill sub-samples still empty.
+// BM_TitleStrokeOffsets times what an outer outline of those glyphs must
+// evaluate before anything is drawn: the sine and cosine of every edge's
+// normal (the directions are read from the outline), with the edge count
+// per glyph as a counter: the floor under a stroke of this geometry.
 // Items are characters.
 #include <benchmark/benchmark.h>
 
@@ -125,6 +129,18 @@ struct TitleGlyph {
     std::vector<uint16_t> coverage;
 };
 
+// The 32 glyphs of the title line at pens 37.5 px apart.
+std::vector<std::unique_ptr<TitleGlyph>> TitleLine(tr::tools::GlyphSource& source) {
+    const std::string line = "The quick brown fox jumps over a lazy do";
+    std::vector<std::unique_ptr<TitleGlyph>> glyphs;
+    double pen = 40.25;
+    for (const char ch : line) {
+        pen += 37.5;
+        if (ch != ' ') glyphs.push_back(std::make_unique<TitleGlyph>(source, uint8_t(ch), pen));
+    }
+    return glyphs;
+}
+
 void BM_TitleGlyphs(benchmark::State& state, bool constantMaps) {
     auto source = tr::tools::GlyphSource::Open(tr::tools::kDefaultFont, kGlyphPx,
                                                tr::tools::GlyphFormat::CurveRecords);
@@ -132,13 +148,7 @@ void BM_TitleGlyphs(benchmark::State& state, bool constantMaps) {
         state.SkipWithError("font missing");
         return;
     }
-    const std::string line = "The quick brown fox jumps over a lazy do";
-    std::vector<std::unique_ptr<TitleGlyph>> glyphs;
-    double pen = 40.25;
-    for (const char ch : line) {
-        pen += 37.5;
-        if (ch != ' ') glyphs.push_back(std::make_unique<TitleGlyph>(*source, uint8_t(ch), pen));
-    }
+    const auto glyphs = TitleLine(*source);
     for (auto _ : state) {
         for (auto& g : glyphs) {
             uint8_t outlineMap[16], faceMap[16];
@@ -159,11 +169,49 @@ void BM_TitleGlyphs(benchmark::State& state, bool constantMaps) {
     state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(glyphs.size()));
 }
 
+void BM_TitleStrokeOffsets(benchmark::State& state) {
+    auto source = tr::tools::GlyphSource::Open(tr::tools::kDefaultFont, kGlyphPx,
+                                               tr::tools::GlyphFormat::CurveRecords);
+    if (!source) {
+        state.SkipWithError("font missing");
+        return;
+    }
+    const auto glyphs = TitleLine(*source);
+    int64_t edges = 0;
+    for (auto _ : state) {
+        double sum = 0.0;
+        edges = 0;
+        for (const auto& g : glyphs) {
+            const CCharacterData& block = g->outline.holder;
+            for (uint32_t group = 0; group < block.GroupCount(); ++group) {
+                const uint8_t* record = block.GroupRecord(group);
+                const uint32_t holes = tr::ReadBlockU32(record, tr::block::kRecordHoleCount);
+                for (uint32_t c = 0; c <= holes; ++c) {
+                    const CPoint3D* p =
+                        c == 0 ? block.OuterPoints(group) : block.HolePoints(group, c - 1);
+                    const uint32_t n = tr::ReadBlockU32(
+                        record, c == 0 ? tr::block::kRecordOuterCount
+                                       : tr::block::kRecordHoleBase + 8 * (c - 1));
+                    for (uint32_t i = 0; i < n; ++i) {
+                        const double angle = p[i].z + kPi / 2;
+                        sum += std::cos(angle) + std::sin(angle);
+                    }
+                    edges += n;
+                }
+            }
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+    state.counters["edges_per_glyph"] = static_cast<double>(edges) / glyphs.size();
+    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(glyphs.size()));
+}
+
 BENCHMARK(BM_DrawFaceOnly);
 BENCHMARK(BM_DrawFaceAndOutline);
 BENCHMARK(BM_DrawFaceAndWideOutline);
 BENCHMARK(BM_DrawFaceOutlineAndShadows);
 BENCHMARK_CAPTURE(BM_TitleGlyphs, ConstantMaps, true);
 BENCHMARK_CAPTURE(BM_TitleGlyphs, FillEmptyMaps, false);
+BENCHMARK(BM_TitleStrokeOffsets);
 
 }  // namespace
