@@ -159,8 +159,9 @@ void BM_TitleGlyphs(benchmark::State& state, bool constantMaps) {
             CFragment list[] = {CFragment(outlineMap, 2, 0, 0, 0), CFragment(faceMap, 0, 0, 0, 0)};
             for (CFragment& f : list) f.face = &g->face;
             list[0].widthPx = kOutlinePx;
+            // Built by the outline builder: the edge directions are stored.
             const FragmentOutlineSource src{g->coverage.data(), g->face.subWidth,
-                                            g->face.subHeight, &g->outline};
+                                            g->face.subHeight, &g->outline, true};
             CXyR xyr;
             xyr.DrawFragments(src, list);
             benchmark::DoNotOptimize(g->coverage.data());
