@@ -129,26 +129,28 @@ struct TitleGlyph {
     std::vector<uint16_t> coverage;
 };
 
-// The 32 glyphs of the title line at pens 37.5 px apart.
-std::vector<std::unique_ptr<TitleGlyph>> TitleLine(tr::tools::GlyphSource& source) {
-    const std::string line = "The quick brown fox jumps over a lazy do";
+// The 32 glyphs of the title line at pens 37.5 px apart; none (and the
+// benchmark skipped) when the font is missing.
+std::vector<std::unique_ptr<TitleGlyph>> TitleLine(benchmark::State& state) {
     std::vector<std::unique_ptr<TitleGlyph>> glyphs;
+    auto source = tr::tools::GlyphSource::Open(tr::tools::kDefaultFont, kGlyphPx,
+                                               tr::tools::GlyphFormat::CurveRecords);
+    if (!source) {
+        state.SkipWithError("font missing");
+        return glyphs;
+    }
+    const std::string line = "The quick brown fox jumps over a lazy do";
     double pen = 40.25;
     for (const char ch : line) {
         pen += 37.5;
-        if (ch != ' ') glyphs.push_back(std::make_unique<TitleGlyph>(source, uint8_t(ch), pen));
+        if (ch != ' ') glyphs.push_back(std::make_unique<TitleGlyph>(*source, uint8_t(ch), pen));
     }
     return glyphs;
 }
 
 void BM_TitleGlyphs(benchmark::State& state, bool constantMaps) {
-    auto source = tr::tools::GlyphSource::Open(tr::tools::kDefaultFont, kGlyphPx,
-                                               tr::tools::GlyphFormat::CurveRecords);
-    if (!source) {
-        state.SkipWithError("font missing");
-        return;
-    }
-    const auto glyphs = TitleLine(*source);
+    const auto glyphs = TitleLine(state);
+    if (glyphs.empty()) return;
     for (auto _ : state) {
         for (auto& g : glyphs) {
             uint8_t outlineMap[16], faceMap[16];
@@ -171,13 +173,8 @@ void BM_TitleGlyphs(benchmark::State& state, bool constantMaps) {
 }
 
 void BM_TitleStrokeOffsets(benchmark::State& state) {
-    auto source = tr::tools::GlyphSource::Open(tr::tools::kDefaultFont, kGlyphPx,
-                                               tr::tools::GlyphFormat::CurveRecords);
-    if (!source) {
-        state.SkipWithError("font missing");
-        return;
-    }
-    const auto glyphs = TitleLine(*source);
+    const auto glyphs = TitleLine(state);
+    if (glyphs.empty()) return;
     int64_t edges = 0;
     for (auto _ : state) {
         double sum = 0.0;
