@@ -1,7 +1,5 @@
-// The four generator entry points on hostile input: blocks they cannot draw
-// are left alone, a single row needs no stride, and non-finite or huge
-// numbers keep every write inside the image (the sanitizer builds turn
-// undefined conversions into failures).
+// The four generator entry points on hostile input; the sanitizer builds
+// turn undefined conversions of huge or non-finite numbers into failures.
 #include <gtest/gtest.h>
 
 #include <cmath>

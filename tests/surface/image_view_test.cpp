@@ -1,5 +1,4 @@
-// Validation of host image blocks, including strides and widths whose byte
-// products do not fit in 32 bits.
+// Validation of host image blocks, byte sizes beyond 32 bits included.
 #include "surface/image_view.h"
 
 #include <gtest/gtest.h>

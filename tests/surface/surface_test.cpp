@@ -1,6 +1,5 @@
-// Tests of the surface and character entry points, driven as a host would:
-// the numeric rules they apply (pixel ratio default, position snap, soft
-// shadow blur and shifts, bevel widths) and calls in the wrong state.
+// Tests of the surface and character entry points: their numeric rules and
+// calls in the wrong state.
 #include "surface/surface.h"
 
 #include <gtest/gtest.h>
