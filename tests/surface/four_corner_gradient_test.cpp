@@ -70,18 +70,6 @@ TEST(FourCornerGradient, MatchesTheFormulaPixelByPixel) {
     }
 }
 
-// The count is the rows stepped, which for width 0 is still every row.
-TEST(FourCornerGradient, RowCountForDegenerateBlocks) {
-    const auto p = Parameters(3.0, 0.7, 0.2);
-    uint32_t pixels[12] = {};
-    const ImageBlock zeroWidth{pixels, 0, 3, 16}, zeroHeight{pixels, 4, 0, 16}, overlap{pixels, 4, 3, 15};
-    EXPECT_EQ(FillFourCornerGradient(&zeroWidth, &p), 3u);
-    for (const ImageBlock* b : {&zeroHeight, &overlap, static_cast<const ImageBlock*>(nullptr)}) {
-        EXPECT_EQ(FillFourCornerGradient(b, &p), 0u);
-    }
-    EXPECT_EQ(FillFourCornerGradient(&zeroWidth, nullptr), 0u);
-}
-
 // Slopes near 0 and vertical, huge and tiny widths, bands far outside; the
 // large images first (odd and even heights pair rows differently).
 TEST(FourCornerGradient, FastPathIsBitIdenticalToPlainPath) {
