@@ -41,7 +41,7 @@ TEST(Surface, PixelRatioZeroBecomesTenNinths) {
 TEST(Surface, SetFaceSnapsToSixteenthsInPlace) {
     const struct {
         double in, snapped, fraction;
-    } cases[] = {{2.54, 2.5625, 0.5625}, {2.53, 2.5, 0.5},         {-0.03, 0.0, 0.0},
+    } cases[] = {{2.534375, 2.5625, 0.5625}, {2.53, 2.5, 0.5},       {-0.03, 0.0, 0.0},
                  {-1.30, -1.25, 0.75},   {-1.1875, -1.125, 0.875}, {7.0, 7.0, 0.0}};
     SurfacePtr s = MakeSurface();
     NewCharacterCallBack(s.get(), 0, 0, 0, nullptr, 'A');
