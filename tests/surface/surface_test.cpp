@@ -77,8 +77,8 @@ TEST(Surface, SoftShadowBlurAndShifts) {
     EXPECT_FLOAT_EQ(shadow->color.alpha, 128.0f / 255.0f);
 }
 
-// A bevel adds an outer outline of its size; a wide-outline character widens
-// it by 1.42 and adds the mapless twin; a bevel without size adds nothing.
+// A bevel adds an outer outline of its size (1.42 times it on a wide-outline
+// character, plus the twin); a bevel without size adds nothing.
 TEST(Surface, BevelAddsOuterOutlineFragment) {
     SurfacePtr s = MakeSurface();
     BevelRecord bevel{};
@@ -97,9 +97,8 @@ TEST(Surface, BevelAddsOuterOutlineFragment) {
     EXPECT_EQ(s->character->fragments.size(), 0u);
 }
 
-// Calls without a surface, a character or a record do nothing. A finish
-// without an outline makes no plan and drops the painters, so painter calls
-// reach nothing until the next character.
+// Calls without a surface, character or record do nothing; a finish without
+// an outline drops the painters until the next character.
 TEST(Surface, CallsInTheWrongStateAreHarmless) {
     const uint8_t map[16] = {};
     FaceParameters f = Face(10.0, 0.0, 0.0);
