@@ -1,11 +1,10 @@
 // Tests of the character rendering pass through the C entry points. Outline
-// units are target pixels at face size 100; every outline is built afresh
-// (no cache).
+// units are target pixels at face size 100; no cache.
 #include "surface/character_pass.h"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <list>
@@ -107,8 +106,7 @@ TEST_F(CharacterPassTest, NoPlanWithoutFragmentsOutlineOrSaneSize) {
     for (double size : {0.0, -0.0, nan, inf, 1e6, -100.0}) {
         EXPECT_EQ(Character(kSquare, kFace, size), 0) << size; // no usable scale, or too big
     }
-    // A slant next to pi/2 makes the box absurdly wide; huge or non-finite
-    // widths and distances too.
+    // A slant next to pi/2, huge or non-finite widths and distances.
     EXPECT_EQ(Character(kSquare, kFace, 100.0, 50.0, 150.0, 0, 0, 1.5707963), 0);
     for (double v : {1e9, -1e9, inf}) {
         EXPECT_EQ(Character(kSquare, {{2, 3, v, 0.0, 0.0}, {5, 4, 1.0, 30.0, v}}), 0) << v;
@@ -140,25 +138,22 @@ TEST_F(CharacterPassTest, SquareLandsAtTheFacePositionWithFootprintEdges) {
     EXPECT_EQ(Alpha(100, 49), 43); // the lower half of the pixel above the top edge
 }
 
-TEST_F(CharacterPassTest, HoleStaysUntouched) {
+// The hole covers x 80..120; an outer outline of width 5 inks 49 - 5 to
+// 150 + 5 in its slot, the face on top.
+TEST_F(CharacterPassTest, HoleStaysUntouchedAndOuterOutlineWidens) {
     Character({kSquare[0], {{30, 30}, {30, 70}, {70, 70}, {70, 30}}}, kFace);
     Draw();
-    for (int x = 82; x < 118; ++x) EXPECT_EQ(Alpha(x, 100), 0) << x; // hole x 80..120
+    for (int x = 82; x < 118; ++x) EXPECT_EQ(Alpha(x, 100), 0) << x;
     EXPECT_TRUE(Alpha(60, 100) == 255 && Alpha(125, 100) == 255);
-}
-
-// Ink from 49 - 5 to 150 + 5; the outline's slot outside, the face on top.
-TEST_F(CharacterPassTest, OuterOutlineWidensByTheStrokeWidth) {
+    std::fill(pixels.begin(), pixels.end(), 0u);
     Character(kSquare, {{2, 3, 5.0, 0.0, 0.0}, {0, 2, 0.0, 0.0, 0.0}});
     Draw();
     EXPECT_TRUE(Alpha(43, 100) == 0 && Alpha(44, 100) > 0 && Alpha(155, 100) > 0 && Alpha(156, 100) == 0);
     EXPECT_TRUE(Slot(47, 100) == 3 && Slot(100, 100) == 2);
 }
 
-// A face fragment with a distance is the displaced face: 90 degrees points
-// along +x, 180 down (y grows downward on the target). The face shadow
-// extrudes the contour along the offset: the bands the top and bottom edges
-// sweep, not the interior.
+// A face with a distance is displaced: 90 degrees is +x, 180 down. The face
+// shadow (3) extrudes the contour along the offset: only the swept bands.
 TEST_F(CharacterPassTest, ShadowIsOffsetByAngleAndDistance) {
     const struct {
         int32_t kind;

@@ -28,9 +28,8 @@ TEST(FragmentRules, KindsAfterWidthAndDistanceRules) {
     }
 }
 
-// Option 0x400 makes outlines wide: every stroke fragment is followed by a
-// mapless twin 1.42 times as wide; faces get none. 0x8000 clears option A,
-// 0x200 sets option B.
+// Option 0x400: each stroke gets a mapless twin 1.42 times as wide, faces
+// none. 0x8000 clears option A, 0x200 sets option B.
 TEST(FragmentList, WideOutlinesAddMaplessTwinAndOwnTheirMap) {
     CharacterContext* context = CharacterContext::Create();
     ASSERT_NE(context, nullptr);

@@ -1,13 +1,12 @@
-// The four generator entry points on hostile input: blocks they cannot draw
-// are left alone, a single row needs no stride, and non-finite or huge
-// numbers keep every write inside the image (the sanitizer builds turn
-// undefined conversions into failures).
+// The four generator entry points on hostile input; the sanitizer builds
+// turn undefined conversions of huge or non-finite numbers into failures.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <functional>
 #include <limits>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "guarded_image.h"
@@ -19,37 +18,50 @@ using tr_test::GuardedImage;
 
 uint32_t Opaque(int32_t, int32_t, uintptr_t) { return 0xFF808080u; }
 
-std::vector<std::pair<const char*, std::function<void(const ImageBlock*)>>> Generators() {
+// Each returns the rows it stepped (the four-corner count), or 0.
+std::vector<std::pair<std::string, std::function<uint32_t(const ImageBlock*)>>> Generators() {
     static const FourCornerGradientParameters ramp{{}, 0.0, {0xFF0000FFu, 0, 0, 0}, 2.0, 0, 0, 0.0, 0.0};
     static const ClassicRecord classic{0, 0xFFFF0000u, 0, 0, 0.0, 100.0, 0.0, 0, 0, 0.0, 0, 0, 0.0, 0.0};
     static const TextureRecord texture{Opaque, 0, 4, 1, 1, {}};
     static const TextureStyle style{0, 0, 0.5, 0.5, 0.5};
     return {
-        {"solid", [](const ImageBlock* b) { FillSolid(b, 0x12345678u); }},
-        {"four-corner", [](const ImageBlock* b) { FillFourCornerGradient(b, &ramp); }},
-        {"classic", [](const ImageBlock* b) { RenderClassicGradient(b, 2, 2, 2, 2, 0.3, 0, 0, &classic, &texture); }},
+        {"solid", [](const ImageBlock* b) { return FillSolid(b, 0x12345678u), 0u; }},
+        {"four-corner", [](const ImageBlock* b) { return FillFourCornerGradient(b, &ramp); }},
+        {"classic",
+         [](const ImageBlock* b) { return RenderClassicGradient(b, 2, 2, 2, 2, 0.3, 0, 0, &classic, &texture), 0u; }},
         {"sampled",
-         [](const ImageBlock* b) { RenderClassicGradientSampled(b, 2, 2, 2, 2, 0.3, 0, 0, &ramp, Opaque, &style, 0); }},
+         [](const ImageBlock* b) {
+             return RenderClassicGradientSampled(b, 2, 2, 2, 2, 0.3, 0, 0, &ramp, Opaque, &style, 0), 0u;
+         }},
     };
+}
+
+// A block of width 0 still counts its rows as stepped.
+uint32_t ExpectedRows(const std::string& name, const ImageBlock* b) {
+    return name == "four-corner" && b && b->width < 1 && b->height > 0 ? static_cast<uint32_t>(b->height) : 0u;
 }
 
 TEST(GradientEntryPoints, BadBlocksAreLeftAloneAndOneRowNeedsNoStride) {
     const int32_t bad[][3] = {{0, 4, 16}, {-4, 4, 16}, {4, 0, 16}, {4, -4, 16},
                               {4, 4, 15}, {4, 4, -15}, {4, 4, 0}};
+    GuardedImage untouched(6, 4, 24);  // null records
+    RenderClassicGradient(untouched.Block(), 3, 2, 3, 2, 0, 0, 0, nullptr, nullptr);
+    RenderClassicGradientSampled(untouched.Block(), 3, 2, 3, 2, 0, 0, 0, nullptr, Opaque, nullptr, 0);
+    EXPECT_EQ(FillFourCornerGradient(untouched.Block(), nullptr), 0u);
+    EXPECT_TRUE(untouched.Untouched());
     for (const auto& [name, run] : Generators()) {
         for (const auto& c : bad) {
             GuardedImage image(4, 4, 16);
             ImageBlock block{image.Block()->pixels, c[0], c[1], c[2]};
-            run(&block);
+            EXPECT_EQ(run(&block), ExpectedRows(name, &block)) << name;
             EXPECT_TRUE(image.Untouched()) << name << ": " << c[0] << "x" << c[1] << " " << c[2];
         }
         ImageBlock noPixels{nullptr, 4, 4, 16};
-        run(&noPixels);
-        run(nullptr);
+        EXPECT_EQ(run(&noPixels) + run(nullptr), 0u);
         for (int32_t stride : {0, -4}) {
             GuardedImage image(7, 1, 28);
             image.Block()->stride = stride;
-            run(image.Block());
+            EXPECT_EQ(run(image.Block()), name == "four-corner" ? 1u : 0u);
             EXPECT_TRUE(image.GuardsIntact()) << name << " stride " << stride;
             for (int32_t x = 0; x < 7; ++x) EXPECT_NE(image.At(x, 0), tr_test::kSentinel) << name;
         }

@@ -1,7 +1,5 @@
-// Test helper of tests/surface/: the pieces of the gradient formulas that
-// the generators share, written from their definitions for the reference
-// pixels of the generator tests. T is the working precision of the
-// generator under test; constants are taken in T, as the generators do.
+// Test helper of tests/surface/: the gradient formula pieces the generators
+// share, for reference pixels in the generator's precision T.
 #pragma once
 
 #include <algorithm>
@@ -17,8 +15,7 @@ struct Box {
 
 inline uint32_t Byte(uint32_t colour, int channel) { return (colour >> (8 * channel)) & 0xFF; }
 
-// Weights (1 - d / diag)^4, as the square of the square, of the corners
-// (0, 0), (W, 0), (W, H), (0, H) for the point (x, y).
+// Weights (1 - d / diag)^4 of the corners (0, 0), (W, 0), (W, H), (0, H).
 template <class T>
 void CornerWeights(T x, T y, T W, T H, T diag, T w[4]) {
     auto weight = [diag](T dx, T dy) {
@@ -28,11 +25,9 @@ void CornerWeights(T x, T y, T W, T H, T diag, T w[4]) {
     w[0] = weight(x, y), w[1] = weight(W - x, y), w[2] = weight(W - x, H - y), w[3] = weight(x, H - y);
 }
 
-// The weight k of the underlying colour at (x, y) in the shine band of a
-// W x H box, or -1 outside the band. The centre line passes through the box
-// centre at the angle (moved off 0 to the float of 0.001), shifted by
-// position half-diagonals; the distance is hd * vd / |(hd, vd)|, which is
-// 0/0 on the line itself: zeroOnLine says whether that counts as 0.
+// The weight k of the colour under the shine band at (x, y), or -1 outside.
+// The centre line (angle kept off 0) is shifted by position half-diagonals;
+// zeroOnLine says whether the 0/0 distance on the line counts as 0.
 template <class T>
 T ShineWeight(T x, T y, T W, T H, T diag, T angle, T position, T width, bool zeroOnLine) {
     if (T(-0.001) < angle && angle < T(0.001)) angle = T(0.001f);

@@ -1,7 +1,8 @@
 // Test helper of tests/surface/: an image block inside a larger buffer filled
-// with a sentinel, so a test can prove that a generator wrote nothing
-// outside the pixels the block describes.
+// with a sentinel, so a test can prove that nothing was written outside it.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -17,8 +18,7 @@ inline constexpr uint32_t kSentinel = 0xA5C3E1F7u;
 
 class GuardedImage {
 public:
-    // strideBytes may be negative or not a multiple of 4; rows are
-    // strideBytes / 4 pixels apart (truncated toward zero).
+    // Rows are strideBytes / 4 pixels apart (truncated toward zero).
     GuardedImage(int32_t width, int32_t height, int32_t strideBytes, int32_t guard = 37)
         : width_(width), height_(height), pitch_(strideBytes / 4) {
         const ptrdiff_t span = height > 0 ? std::abs(pitch_) * (height - 1) + width : 0;
@@ -31,7 +31,6 @@ public:
     uint32_t& At(int32_t x, int32_t y) { return buffer_[Index(x, y)]; }
     const std::vector<uint32_t>& Buffer() const { return buffer_; }
 
-    // Every element that is not a pixel of the image still holds the sentinel.
     bool GuardsIntact() const {
         std::vector<uint32_t> copy = buffer_;
         for (int32_t y = 0; y < height_; ++y) {
@@ -39,9 +38,23 @@ public:
         }
         return std::count(copy.begin(), copy.end(), kSentinel) == static_cast<ptrdiff_t>(copy.size());
     }
-
     bool Untouched() const {
         return std::count(buffer_.begin(), buffer_.end(), kSentinel) == static_cast<ptrdiff_t>(buffer_.size());
+    }
+
+    // Every pixel equals expected(x, y) and the guards are intact.
+    template <class Expected>
+    ::testing::AssertionResult Holds(Expected expected) {
+        for (int32_t y = 0; y < height_; ++y) {
+            for (int32_t x = 0; x < width_; ++x) {
+                if (At(x, y) != expected(x, y)) {
+                    return ::testing::AssertionFailure() << std::hex << At(x, y) << " != " << expected(x, y)
+                                                         << std::dec << " at " << x << "," << y;
+                }
+            }
+        }
+        if (!GuardsIntact()) return ::testing::AssertionFailure() << "written outside the image";
+        return ::testing::AssertionSuccess();
     }
 
 private:
@@ -49,10 +62,8 @@ private:
         return static_cast<size_t>(origin_ + static_cast<ptrdiff_t>(y) * pitch_ + x);
     }
 
-    int32_t width_;
-    int32_t height_;
-    ptrdiff_t pitch_;
-    ptrdiff_t origin_ = 0;
+    int32_t width_, height_;
+    ptrdiff_t pitch_, origin_ = 0;
     std::vector<uint32_t> buffer_;
     ImageBlock block_{};
 };

@@ -1,8 +1,6 @@
 // Tests of the host message slot and the diagnostic trace.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -25,30 +23,10 @@ TEST(MessageSlot, TakenOnceAndTerminated) {
     EXPECT_EQ(std::string(TakeLastMessage()), std::string(510, 'x'));  // truncated
 }
 
-// Runs the trace into a scratch directory (the trace file name is relative
-// outside Windows) and returns what was written.
-class TraceTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        dir_ = std::filesystem::temp_directory_path() / ("tr_trace_" + std::to_string(::getpid()));
-        std::filesystem::create_directories(dir_);
-        std::filesystem::current_path(dir_);
-        tr::SetTraceSwitch(true);
-    }
-    void TearDown() override {
-        tr::SetTraceSwitch(false);
-        std::filesystem::current_path(previous_);
-        std::filesystem::remove_all(dir_);
-    }
-    std::string Contents() {
-        std::stringstream s;
-        s << std::ifstream(dir_ / tr::kTraceFileName).rdbuf();
-        return s.str();
-    }
-    std::filesystem::path dir_, previous_ = std::filesystem::current_path();
-};
-
-TEST_F(TraceTest, DescribingCallsAppendTheirLines) {
+TEST(Trace, DescribingCallsAppendTheirLines) {
+    std::filesystem::current_path(std::filesystem::temp_directory_path());  // a relative name outside Windows
+    std::filesystem::remove(tr::kTraceFileName);
+    tr::SetTraceSwitch(true);
     SurfaceDescriptor d{{nullptr, 0, 0, 0}, 0.0};
     Surface* s = CreateSurface(&d);
     NewCharacterCallBack(s, 0, 0, 0, nullptr, 'A');
@@ -58,6 +36,7 @@ TEST_F(TraceTest, DescribingCallsAppendTheirLines) {
     SetFragment(s, nullptr, 1, 0.0, 0.0, 0.0);  // dropped: no line
     SetColor(s, 10, 0);
     CloseSurface(s);
+    tr::SetTraceSwitch(false);
     char ptr[32];
     std::snprintf(ptr, sizeof ptr, "%p", static_cast<void*>(s));
     const std::string expected =
@@ -67,7 +46,9 @@ TEST_F(TraceTest, DescribingCallsAppendTheirLines) {
         ".    " + ptr + " (00) SetFragment FaceShadow         0.00   0.00   3.00\n" +
         "     " + ptr + "   A SetColor  \n" +
         ptr + " Close Surface  \n";
-    EXPECT_EQ(Contents(), expected);
+    std::stringstream written;
+    written << std::ifstream(tr::kTraceFileName).rdbuf();
+    EXPECT_EQ(written.str(), expected);
 }
 
 }  // namespace

@@ -16,9 +16,9 @@ namespace {
 
 std::vector<std::string>* gEvents = nullptr;
 
-void Acquire(void* reference, int32_t faceA, int32_t faceB, int32_t userValue) {
+void Acquire(void* reference, int32_t faceA, int32_t faceB, int32_t user) {
     gEvents->push_back("acquire " + std::string(static_cast<const ImageReference*>(reference)->name) + " " +
-                       std::to_string(faceA) + " " + std::to_string(faceB) + " " + std::to_string(userValue));
+                       std::to_string(faceA) + " " + std::to_string(faceB) + " " + std::to_string(user));
 }
 void Release(void* reference) {
     gEvents->push_back("release " + std::string(static_cast<const ImageReference*>(reference)->name));
@@ -29,15 +29,7 @@ protected:
     void SetUp() override { gEvents = &events; }
     void TearDown() override { gEvents = nullptr; }
 
-    Surface* NewSurface() { return CreateSurface(&small); }
     static FaceParameters Face(double x) { return FaceParameters{30.0, 1.0, 1.0, 0, 0, 0, x, 0, 0, 0}; }
-    static std::vector<const CSetFace*> Faces(const CScript* script) {
-        std::vector<const CSetFace*> faces;
-        for (const CFunction* c : script->GetCommands()) {
-            if (c->GetKind() == 3) faces.push_back(static_cast<const CSetFace*>(c));
-        }
-        return faces;
-    }
 
     std::vector<std::string> events;
     uint32_t pixels[16] = {};
@@ -79,7 +71,7 @@ TEST_F(ScriptTest, PlaybackRendersWhatRecordingRendered) {
 }
 
 TEST_F(ScriptTest, RecordOnlySurfaceDoesNotExecuteAndItsCloneIsDeep) {
-    Surface* s = NewSurface();
+    Surface* s = CreateSurface(&small);
     CScript* script = AttachRecordingScript(s, &callbacks);
     ASSERT_NE(script, nullptr);
     NewCharacterCallBack(s, 0, 0, 0, nullptr, 'A');
@@ -104,7 +96,7 @@ TEST_F(ScriptTest, RecordOnlySurfaceDoesNotExecuteAndItsCloneIsDeep) {
 // unknown operations and null values change nothing. Playback snaps the
 // stored positions again, to trunc(16 v + 0.5) / 16.
 TEST_F(ScriptTest, FaceAdjustmentsAndPlaybackSnap) {
-    Surface* s = NewSurface();
+    Surface* s = CreateSurface(&small);
     CScript* script = AttachRecordingScript(s, &callbacks);
     for (FaceParameters f : {Face(30.0), Face(10.0), Face(20.0)}) SetFace(s, &f);
     CloseSurface(s);
@@ -114,7 +106,9 @@ TEST_F(ScriptTest, FaceAdjustmentsAndPlaybackSnap) {
     AdjustScript(script, 5, &minus);
     AdjustScript(script, 7, &ten);
     AdjustScript(script, 4, nullptr);
-    const auto faces = Faces(script);  // list order is unchanged
+    std::vector<const CSetFace*> faces;  // list order is unchanged
+    for (const CFunction* c : script->GetCommands()) faces.push_back(dynamic_cast<const CSetFace*>(c));
+    ASSERT_EQ(faces.size(), 3u);
     const double x[3] = {30.0 + 10.0 + minus, 10.0 + minus, 20.0 + 5.0 + minus};
     const int32_t faceA[3] = {10 - 2, 0 - 2, 5 - 2};
     for (int i = 0; i < 3; ++i) {
@@ -130,7 +124,7 @@ TEST_F(ScriptTest, FaceAdjustmentsAndPlaybackSnap) {
 }
 
 TEST_F(ScriptTest, PlaybackHandsReferenceCopiesToHost) {
-    Surface* s = NewSurface();
+    Surface* s = CreateSurface(&small);
     CScript* script = AttachRecordingScript(s, &callbacks);
     NewCharacterCallBack(s, 0, 0, 0, nullptr, 'A');
     FaceParameters f = Face(6.0);
