@@ -120,14 +120,6 @@ void WalkStrokePlain(ContourView c, double w, StrokeSide side, bool wide, Emit&&
     }
 }
 
-// Direction(p[i − 1], p[i]) (p[n − 1] before p[0]), read from the stored
-// direction when there is one.
-double ArrivingDirection(ContourView c, uint32_t i) {
-    constexpr uint32_t kMinStoredPoints = 3;  // shorter contours keep the parser's z
-    if (c.directionsStored && c.count >= kMinStoredPoints) return WrapAngle(c.points[i].z);
-    return Direction(c.points[i == 0 ? c.count - 1 : i - 1], c.points[i]);
-}
-
 // WalkStrokePlain with one evaluation of each edge's offset for both its
 // pairs, the closing edge's direction computed once, and stored directions
 // read.
@@ -136,14 +128,20 @@ void WalkStroke(ContourView c, double w, StrokeSide side, bool wide, Emit&& emit
     const uint32_t n = c.count;
     const CPoint3D* p = c.points;
     const double normal = side == StrokeSide::Right ? -kHalfPi : kHalfPi;
-    const double closing = ArrivingDirection(c, 0);
+    constexpr uint32_t kMinStoredPoints = 3;  // shorter contours keep the parser's z
+    const bool stored = c.directionsStored && n >= kMinStoredPoints;
+    // Direction(a, b), read from b's stored direction when there is one.
+    auto direction = [stored](const CPoint3D& a, const CPoint3D& b) {
+        return stored ? WrapAngle(b.z) : Direction(a, b);
+    };
+    const double closing = direction(p[n - 1], p[0]);
     double prev = closing == 0.0 ? kFirstDirectionFloor : closing;
     EmitOffset(emit, p[0], prev + normal, w);
     for (uint32_t i = 0; i < n; ++i) {
         const CPoint3D& a = p[i];
         const bool last = i + 1 == n;
         const CPoint3D& b = p[last ? 0 : i + 1];
-        const double theta = last ? closing : ArrivingDirection(c, i + 1);
+        const double theta = last ? closing : direction(a, b);
         EmitJoin(emit, a, WrapAngle(theta - prev + kPi), prev + normal, w, side, wide);
         const double angle = theta + normal;
         const double dx = w * std::cos(angle), dy = w * std::sin(angle);

@@ -24,11 +24,9 @@ struct FragmentOutlineSource {
     int32_t subWidth = 0;
     int32_t subHeight = 0;
     const COutline* outline = nullptr;
-    // True when every contour of at least three points carries, in each
-    // point's z, the direction of the edge that arrives at it, as the
-    // outline builder stores it (atan2 of the edge, plus 2π when negative).
-    // Strokes then read their edge directions instead of recomputing them.
-    // Outlines made by hand (tests) leave it false.
+    // True when the outline's z values hold the edge directions the outline
+    // builder stores (tr::ContourView::directionsStored); outlines made by
+    // hand (tests) leave it false.
     bool edgeDirectionsStored = false;
 };
 
